@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <chrono>
 #include <expected>
 #include <functional>
 #include <optional>
@@ -35,16 +36,22 @@ struct Output {
     [[nodiscard]] QString stderrText() const;
 };
 
-/// Called for each line of standard output as it arrives, from another thread than the caller's of `run`, or
-/// from the caller's; never from two at once, and never after `run` has returned.
+/// Called on the thread that called `run`, for each line of standard output as it arrives and once more for a
+/// last line that nothing ended. Only a line feed ends a line and is not part of it; a carriage return is.
 using LineCallback = std::function<void(const QString& line)>;
 
-/// Runs `tool` without a shell, standard input on the null device, and blocks until it has ended and all its
-/// output is read. A stop request asks the child to terminate, and kills it when it does not go within a few
-/// seconds; the output is returned all the same. The child does not outlive this process.
-/// Fails only when the child cannot be started.
+/// How long a child that was asked to end may take before it is killed. ffmpeg needs well under a second,
+/// unless it is rewriting a long file that nobody wants any more by then.
+inline constexpr std::chrono::milliseconds terminateGrace{3000};
+
+/// Runs `tool` without a shell, standard input on the null device, and blocks until it has ended and its
+/// output is read. A stop request while the child runs asks it to terminate, and kills it when it has not
+/// gone after `grace`; its output is returned all the same. A request made before does nothing, so callers
+/// look at `stop` themselves before they start something long. The child does not outlive this process. Fails
+/// only when the child cannot be started.
 [[nodiscard]] std::expected<Output, std::error_code> run(const QUrl& tool, const QStringList& arguments,
                                                          const std::stop_token& stop = {},
-                                                         const LineCallback& onLine = {});
+                                                         const LineCallback& onLine = {},
+                                                         std::chrono::milliseconds grace = terminateGrace);
 
 }  // namespace velmora::Tools

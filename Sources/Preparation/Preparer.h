@@ -38,13 +38,23 @@ class Preparer {
 
     /// The prepared file on disk: where it lies, what it was made from, and whether there is room for it.
     struct Output {
+        /// Beside the movie where its folder is writable, else in the user's videos folder. Never a file that
+        /// is the movie itself or that no preparation has made.
         [[nodiscard]] static QUrl location(const QUrl& movie);
+
+        /// The hidden file that is locked while a prepared file of `movie`, under whatever name, is written.
+        [[nodiscard]] static QUrl lockFile(const QUrl& movie);
+
+        /// What the prepared file is made from and how, as text: equal texts, equal files.
         [[nodiscard]] static QString fingerprint(const QUrl& source, const QList<Sidecar>& sidecars,
                                                  const Plan& plan);
         [[nodiscard]] static bool isFresh(const QUrl& prepared, const QString& fingerprint);
         [[nodiscard]] static std::expected<void, PrepareError> ensureSpace(const QUrl& prepared,
                                                                            qint64 sourceSize);
+
+        /// Writes and removes the hidden file with the fingerprint. A failure only costs a later preparation.
         static void remember(const QString& fingerprint, const QUrl& prepared);
+        static void forget(const QUrl& prepared);
     };
 };
 

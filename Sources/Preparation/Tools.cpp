@@ -192,6 +192,7 @@ QString Output::stderrText() const {
 std::expected<Output, std::error_code> run(const QUrl& tool, const QStringList& arguments,
                                            const std::stop_token& stop, const LineCallback& onLine,
                                            std::chrono::milliseconds grace) {
+    const bool stoppedBefore = stop.stop_requested();
     const FileDescriptor stopRequested(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!stopRequested.isOpen()) return std::unexpected(std::error_code(errno, std::system_category()));
 
@@ -206,7 +207,7 @@ std::expected<Output, std::error_code> run(const QUrl& tool, const QStringList& 
         (void)!write(stopRequested.number(), &once, sizeof(once));
     };
     std::optional<std::stop_callback<decltype(wake)>> onStop;
-    if (!stop.stop_requested()) onStop.emplace(stop, wake);
+    if (!stoppedBefore) onStop.emplace(stop, wake);
     return Supervisor(*child, stopRequested, onLine, grace).untilEnd();
 }
 

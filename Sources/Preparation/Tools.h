@@ -45,10 +45,10 @@ using LineCallback = std::function<void(const QString& line)>;
 inline constexpr std::chrono::milliseconds terminateGrace{3000};
 
 /// Runs `tool` without a shell, standard input on the null device, and blocks until it has ended and its
-/// output is read. A stop request while the child runs asks it to terminate, and kills it when it has not
-/// gone after `grace`; its output is returned all the same. A request made before does nothing, so callers
-/// look at `stop` themselves before they start something long. The child does not outlive this process. Fails
-/// only when the child cannot be started.
+/// output is read. A stop request asks the child to terminate, and kills it when it has not gone after
+/// `grace`; its output is returned all the same. A request made before the call does nothing, so callers look
+/// at `stop` themselves before they start something long. The child does not outlive this process. Fails only
+/// when the child cannot be started.
 [[nodiscard]] std::expected<Output, std::error_code> run(const QUrl& tool, const QStringList& arguments,
                                                          const std::stop_token& stop = {},
                                                          const LineCallback& onLine = {},

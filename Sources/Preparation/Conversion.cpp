@@ -39,6 +39,8 @@ Conversion::Conversion(Job job, const PartialFile& partial, const Preparer::Upda
     : job_(std::move(job)), partial_(partial), onUpdate_(onUpdate), stop_(std::move(stop)) {}
 
 std::expected<void, PrepareError> Conversion::run() const {
+    // A tool started after the request would run to its end.
+    if (stop_.stop_requested()) return std::unexpected(PrepareError{PrepareError::Case::cancelled});
     const Attempt first = attempt(false);
     if (!lackedIndexRoom(first)) return outcome(first);
     logger().notice(

@@ -42,8 +42,9 @@ bool playsAsIs(const Plan& plan) {
 
 QString stageText(const Plan& plan) {
     if (encodesVideo(plan)) {
-        return plan.encoder.isHardware() ? u"Re-encoding video for Apple TV (hardware)"_s
-                                         : u"Re-encoding video for Apple TV (software)"_s;
+        const bool tenBit = std::get<Plan::VideoEncode>(plan.video).tenBit;
+        return plan.encoder.isHardware(tenBit) ? u"Re-encoding video for Apple TV (hardware)"_s
+                                               : u"Re-encoding video for Apple TV (software)"_s;
     }
     return encodesAudio(plan) ? u"Repacking, re-encoding audio only"_s
                               : u"Repacking for Apple TV, no re-encode"_s;

@@ -2,6 +2,8 @@
 
 #include <QTimer>
 
+#include <algorithm>
+
 namespace velmora {
 
 Clock::Instant SystemClock::now() const {
@@ -17,7 +19,8 @@ Clock::Timer SystemClock::after(Duration delay, std::function<void()> callback) 
     timer->setSingleShot(true);
     timer->setTimerType(Qt::PreciseTimer);
     QObject::connect(timer.get(), &QTimer::timeout, timer.get(), std::move(callback));
-    timer->start(std::chrono::ceil<std::chrono::milliseconds>(delay));
+    // QTimer refuses a time that has passed.
+    timer->start(std::chrono::ceil<std::chrono::milliseconds>(std::max(delay, Duration::zero())));
     return Timer(timer);
 }
 

@@ -1,0 +1,127 @@
+#include "Diagnostics/Log.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTime>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <thread>
+#include <vector>
+
+namespace velmora {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+/// Every test logs into a state folder of its own.
+class Log : public testing::Test {
+  protected:
+    Log() {
+        qputenv("XDG_STATE_HOME", QFile::encodeName(state_.path()));
+        Diagnostics::setStandardErrorFallback(false);
+    }
+    ~Log() override {
+        qputenv("XDG_STATE_HOME", before_);
+        Diagnostics::setStandardErrorFallback(true);
+    }
+
+    [[nodiscard]] static QString contents(const QString& folder) {
+        QFile file(folder + u"/Logs/Velmora/velmora.log"_s);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : u"(no file)"_s;
+    }
+    [[nodiscard]] QString contents() const { return contents(state_.path()); }
+    /// The log with each time stamp replaced by T.
+    [[nodiscard]] QString withoutTimes() const {
+        static const QRegularExpression time(u"^\\d\\d:\\d\\d:\\d\\d\\.\\d{3} "_s,
+                                             QRegularExpression::MultilineOption);
+        return contents().replace(time, u"T "_s);
+    }
+
+    const QByteArray before_ = qgetenv("XDG_STATE_HOME");
+    const QTemporaryDir state_;
+};
+
+TEST_F(Log, everyStartAppendsLines) {
+    {
+        Diagnostics log;
+        log.notice(u"probe: été"_s);
+        log.error({});
+    }
+    Diagnostics().notice(u"one\ntwo %1"_s);
+    EXPECT_EQ(withoutTimes(), u"T [notice] probe: été\nT [error] \nT [notice] one\ntwo %1\n"_s);
+}
+
+TEST_F(Log, theTimeIsTheLocalTimeOfTheCall) {
+    const QTime earliest = QTime::currentTime();
+    Diagnostics().notice(u"now"_s);
+    const QTime written = QTime::fromString(contents().left(12), u"HH:mm:ss.zzz"_s);
+    EXPECT_TRUE(written.isValid());
+    EXPECT_LT(earliest.msecsTo(written), 60'000);
+}
+
+TEST_F(Log, linesOfManyThreadsAndTwoWritersStayWhole) {
+    constexpr int threadCount = 8;
+    constexpr int lineCount = 300;
+    const QString filler(200, u'x');
+    {
+        Diagnostics logs[2];
+        std::vector<std::jthread> threads;
+        for (int thread = 0; thread < threadCount; ++thread) {
+            threads.emplace_back([&, thread] {
+                for (int line = 0; line < lineCount; ++line) {
+                    logs[thread % 2].notice(u"%1 %2 %3"_s.arg(thread).arg(line).arg(filler));
+                }
+            });
+        }
+    }
+    std::vector<int> next(threadCount, 0);
+    for (const QString& line : withoutTimes().split(u'\n', Qt::SkipEmptyParts)) {
+        const QStringList words = line.split(u' ');
+        ASSERT_EQ(words.size(), 5) << qPrintable(line);
+        EXPECT_EQ(words[3].toInt(), next.at(words[2].toUInt())++);
+        EXPECT_EQ(words[4], filler);
+    }
+    EXPECT_EQ(next, std::vector<int>(threadCount, lineCount));
+}
+
+TEST_F(Log, aRelativeStateFolderIsIgnored) {
+    qputenv("XDG_STATE_HOME", "relative");
+    Diagnostics().notice(u"at home"_s);
+    EXPECT_TRUE(contents(QDir::homePath() + u"/.local/state"_s).endsWith(u"at home\n"_s));
+    EXPECT_FALSE(QFile::exists(u"relative"_s));
+}
+
+TEST_F(Log, standardErrorStandsInUnlessToldNotTo) {
+    qputenv("XDG_STATE_HOME", "/dev/null");  // no folder can be made in it
+    testing::internal::CaptureStderr();
+    Diagnostics::setStandardErrorFallback(true);
+    Diagnostics().error(u"no disk"_s);
+    Diagnostics::setStandardErrorFallback(false);  // as a program that draws on the terminal does
+    Diagnostics().error(u"silence"_s);
+    const std::string written = testing::internal::GetCapturedStderr();
+    if (QFile::exists(u"/run/systemd/journal/socket"_s)) GTEST_SKIP() << "the journal has it";
+    EXPECT_TRUE(written.starts_with("com.quillet.velmora session ")) << written;
+    EXPECT_TRUE(written.ends_with(" [error] no disk\n")) << written;
+}
+
+TEST_F(Log, nothingIsLostAtExit) {
+    const auto logUntilTheEnd = [] {
+        std::atexit([] { logger().notice(u"after the log's own end"_s); });
+        for (int line = 0; line < 1000; ++line) logger().notice(QString::number(line));
+        std::thread([] {
+            while (true) logger().error(u"still running"_s);
+        }).detach();
+        std::exit(0);  // NOLINT(concurrency-mt-unsafe): that is the subject
+    };
+    EXPECT_EXIT(logUntilTheEnd(), testing::ExitedWithCode(0), "");
+    const QString written = withoutTimes();
+    for (int line = 0; line < 1000; ++line) ASSERT_TRUE(written.contains(u"T [notice] %1\n"_s.arg(line)));
+    EXPECT_TRUE(written.contains(u"after the log's own end\n"_s));
+}
+
+}  // namespace
+}  // namespace velmora

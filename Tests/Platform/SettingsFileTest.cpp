@@ -70,7 +70,7 @@ TEST_F(SettingsFileTest, WritesFromTheEventLoopAndKeepsWhatItDoesNotUnderstand) 
 
 TEST_F(SettingsFileTest, ProcessesAtOnceLoseNoKeys) {
     constexpr int processes = 4;
-    constexpr int keysEach = 25;
+    constexpr int keysEach = 10;
     for (int process = 0; process < processes; ++process) {
         if (fork() != 0) continue;
         {

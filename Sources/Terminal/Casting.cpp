@@ -1,0 +1,243 @@
+#include "Terminal/Casting.h"
+
+#include "Diagnostics/Log.h"
+#include "Playback/MovieResolver.h"
+#include "Playback/PositionMemory.h"
+#include "Sender/MediaServer.h"
+#include "Terminal/ExitStatus.h"
+#include "Terminal/Terminal.h"
+#include "Terminal/TerminalText.h"
+
+#include <QFileInfo>
+#include <QHostInfo>
+
+#include <algorithm>
+
+namespace velmora {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+using Phase = RemotePlayback::Phase;
+
+constexpr auto tickInterval = 500ms;
+constexpr int ticksPerMemory = 10;  // the position is noted every five seconds
+
+// Arrows pressed within this time of each other add up, before the television has followed the first one.
+constexpr auto seekPatience = 1500ms;
+
+// Televisions ask for the movie once more after they were told to stop; a closed port would look like a
+// fault.
+constexpr auto lastRequests = 1s;
+
+// Past what RemotePlayback itself allows a television for its answer.
+constexpr auto stopPatience = 8s;
+
+QHostAddress preferredAddress(const QList<QHostAddress>& addresses) {
+    // A name's IPv6 address is often link-local, and useless without the interface.
+    const auto isIPv4 = [](const QHostAddress& address) {
+        return address.protocol() == QAbstractSocket::IPv4Protocol;
+    };
+    const auto found = std::ranges::find_if(addresses, isIPv4);
+    return found != addresses.end() ? *found : addresses.first();
+}
+
+bool isMoving(Phase phase) {
+    return phase == Phase::playing || phase == Phase::paused;
+}
+
+}  // namespace
+
+Casting::Casting(const CommandLine& line, Terminal& terminal, Clock& clock, PositionMemory& memory)
+    : line_(line), terminal_(terminal), clock_(clock), memory_(memory) {
+    connect(&job_, &PreparationJob::updated, this, [this](const auto& update) {
+        if (report_) report_->show(update);
+    });
+    connect(&job_, &PreparationJob::finished, this, &Casting::takePrepared);
+    connect(&terminal_, &Terminal::keyPressed, this, &Casting::press);
+}
+
+Casting::~Casting() {
+    if (lookup_) QHostInfo::abortHostLookup(*lookup_);
+}
+
+void Casting::start() {
+    const auto movie = resolveMovie(QUrl::fromLocalFile(line_.movies.first()));
+    if (!movie) return fail(u"No movie found at %1."_s.arg(line_.movies.first()));
+    movie_ = *movie;
+    const CommandLine::Television& television = line_.television;
+    receiver_.name = television.host;
+    receiver_.identifier = u"%1 %2"_s.arg(television.host).arg(television.port);
+    receiver_.port = television.port;
+    // Before the preparation, which may take long: a mistyped name shows at once.
+    if (receiver_.address.setAddress(television.host)) return prepare();
+    terminal_.showLine(TerminalText::fit(u"Looking up %1…"_s.arg(television.host), terminal_.look().columns));
+    lookup_ = QHostInfo::lookupHost(television.host, this, &Casting::takeAddress);
+}
+
+void Casting::takeAddress(const QHostInfo& answer) {
+    lookup_.reset();
+    terminal_.clearLine();
+    if (answer.addresses().isEmpty())
+        return fail(u"There is no %1 on the network: %2."_s.arg(receiver_.name, answer.errorString()));
+    receiver_.address = preferredAddress(answer.addresses());
+    prepare();
+}
+
+void Casting::prepare() {
+    logger().notice(
+        u"open %1 forceTranscode=%2"_s.arg(movie_.toLocalFile(), line_.reEncode ? u"true"_s : u"false"_s));
+    report_.emplace(terminal_, movie_);
+    job_.start(movie_, line_.reEncode);
+}
+
+void Casting::takePrepared() {
+    const PreparationJob::Outcome& outcome = job_.outcome();
+    report_->finish(outcome);
+    report_.reset();
+    if (isInterrupted_) return finish(interruptedStatus);
+    if (!outcome) return finish(failedStatus);
+    play(*outcome);
+}
+
+void Casting::play(const PreparationJob::Prepared& prepared) {
+    auto server = MediaServer::start();
+    if (!server) return fail(server.error());
+    server_ = std::move(*server);
+    playback_ = std::make_unique<RemotePlayback>(clock_, *server_);
+    connect(playback_.get(), &RemotePlayback::stateChanged, this, &Casting::takeState);
+
+    const double position = startPosition(prepared.duration);
+    const QString file = prepared.result.file.toLocalFile();
+    logger().notice(u"playing %1 on %2 from %3s"_s.arg(QFileInfo(file).fileName(), receiver_.name)
+                        .arg(static_cast<qint64>(position)));
+    playback_->play(receiver_, {file, prepared.duration, position});
+    terminal_.startKeys();
+    tick();
+}
+
+double Casting::startPosition(double duration) {
+    if (line_.startOver) memory_.forget(movie_);
+    const double saved = memory_.savedPosition(movie_).value_or(0);
+    // The file may have been replaced by a shorter one.
+    if (saved == 0 || (duration > 0 && saved >= duration)) return 0;
+    terminal_.print(
+        u"Resuming at %1; --start-over plays from the beginning."_s.arg(ProgressLine::clockTime(saved)));
+    return saved;
+}
+
+void Casting::takeState() {
+    if (isOver_) return;
+    const RemotePlayback::State state = playback_->state();
+    if (isMoving(state.phase)) moving_ = state;
+    if (state.phase == Phase::paused && toldPhase_ != Phase::paused) rememberPosition();
+    if (state.phase != toldPhase_) tellPhase(state);
+    if (state.isOver()) return conclude(state);
+    redraw();
+}
+
+void Casting::tellPhase(const RemotePlayback::State& state) {
+    toldPhase_ = state.phase;
+    // On a terminal the line itself tells.
+    if (terminal_.isInteractive()) return;
+    if (state.phase == Phase::playing)
+        terminal_.print(u"Playing on %1"_s.arg(receiver_.name));
+    else if (state.phase == Phase::paused)
+        terminal_.print(u"Paused at %1"_s.arg(ProgressLine::clockTime(state.position)));
+}
+
+void Casting::redraw() {
+    if (report_) report_->redraw();
+    if (!playback_ || isOver_) return;
+    terminal_.showLine(ProgressLine::playing(playback_->state(), receiver_.name, terminal_.look()));
+}
+
+void Casting::tick() {
+    const RemotePlayback::State state = playback_->state();
+    if (isMoving(state.phase)) moving_ = state;
+    if (state.phase == Phase::playing && ++ticks_ % ticksPerMemory == 0) rememberPosition();
+    redraw();
+    ticking_ = clock_.after(tickInterval, [this] { tick(); });
+}
+
+void Casting::press(Key key) {
+    if (!playback_ || isOver_ || isStopping_) return;
+    const Phase phase = playback_->state().phase;
+    if (key == Key::quit) return stop();
+    if (!isMoving(phase)) return;
+    switch (key) {
+        case Key::playPause:
+            return phase == Phase::playing ? playback_->pause() : playback_->resume();
+        case Key::back:
+            return skip(-10);
+        case Key::forward:
+            return skip(10);
+        case Key::backMinute:
+            return skip(-60);
+        default:
+            return skip(60);
+    }
+}
+
+void Casting::skip(double seconds) {
+    seekTarget_ = std::max(0.0, seekTarget_.value_or(playback_->state().position) + seconds);
+    if (moving_.duration > 0) seekTarget_ = std::min(*seekTarget_, moving_.duration);
+    seekSettling_ = clock_.after(seekPatience, [this] { seekTarget_.reset(); });
+    playback_->seek(*seekTarget_);
+}
+
+void Casting::stop() {
+    if (isStopping_) return;
+    isStopping_ = true;
+    rememberPosition();
+    playback_->stop();
+    if (isOver_) return;
+    leaving_ = clock_.after(stopPatience, [this] { conclude(playback_->state()); });
+}
+
+void Casting::rememberPosition() {
+    if (isMoving(moving_.phase)) memory_.remember(movie_, moving_.position, moving_.duration);
+}
+
+void Casting::conclude(const RemotePlayback::State& state) {
+    isOver_ = true;
+    ticking_.cancel();
+    if (state.phase == Phase::ended) moving_.position = moving_.duration;
+    rememberPosition();
+    terminal_.clearLine();
+    terminal_.print(farewell(state));
+    const bool isFault = !isStopping_ && (state.phase == Phase::failed || state.phase == Phase::dropped);
+    if (isFault) logger().error(u"playback: "_s + state.reason);
+    const int status = isInterrupted_ ? interruptedStatus : isFault ? failedStatus : doneStatus;
+    leaving_ = clock_.after(lastRequests, [this, status] { finish(status); });
+}
+
+QString Casting::farewell(const RemotePlayback::State& state) const {
+    if (state.phase == Phase::ended) return u"The movie is over."_s;
+    const QString what = !isStopping_ && !state.reason.isEmpty() ? state.reason : u"Stopped."_s;
+    const auto saved = memory_.savedPosition(movie_);
+    if (!saved) return what;
+    return what + u" The next start resumes at %1."_s.arg(ProgressLine::clockTime(*saved));
+}
+
+void Casting::interrupt() {
+    isInterrupted_ = true;
+    if (playback_ && !isOver_) return stop();
+    if (report_) return job_.cancel();
+    finish(interruptedStatus);
+}
+
+void Casting::fail(const QString& reason) {
+    logger().error(u"cast: "_s + reason);
+    terminal_.print(reason);
+    finish(failedStatus);
+}
+
+void Casting::finish(int exitStatus) {
+    terminal_.clearLine();
+    Q_EMIT finished(exitStatus);
+}
+
+}  // namespace velmora

@@ -1,0 +1,149 @@
+#include "Terminal/CommandLine.h"
+
+namespace velmora {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Television = CommandLine::Television;
+
+constexpr quint16 airPlayPort = 7000;
+
+std::unexpected<QString> notATelevision(const QString& text) {
+    return std::unexpected(u"“%1” names no television; write HOST or HOST:PORT"_s.arg(text));
+}
+
+/// The port after the host: empty, or a colon and a number from 1 to 65535.
+std::optional<quint16> parsePort(QStringView text) {
+    if (text.isEmpty()) return airPlayPort;
+    bool isNumber = false;
+    const quint16 port = text.sliced(1).toUShort(&isNumber);
+    return text.startsWith(u':') && isNumber && port > 0 ? std::optional(port) : std::nullopt;
+}
+
+std::expected<Television, QString> parseTelevision(const QString& text) {
+    const bool isBracketed = text.startsWith(u'[');
+    // Two colons and no bracket: an IPv6 address, and all of it the host.
+    const bool isBareAddress = !isBracketed && text.count(u':') > 1;
+    const qsizetype colon = text.indexOf(u':');
+    const qsizetype hostEnd = isBracketed                    ? text.indexOf(u']')
+                              : isBareAddress || colon == -1 ? text.size()
+                                                             : colon;
+    if (hostEnd < 0) return notATelevision(text);
+    const QString host = isBracketed ? text.sliced(1, hostEnd - 1) : text.first(hostEnd);
+    const auto port = parsePort(QStringView(text).sliced(isBracketed ? hostEnd + 1 : hostEnd));
+    if (host.isEmpty() || host.startsWith(u'-') || !port) return notATelevision(text);
+    return Television{host, *port};
+}
+
+/// Reads the arguments one by one; what it has read stands in `line` and `television`.
+class Parser {
+  public:
+    explicit Parser(const QStringList& arguments) : rest_(arguments) {}
+
+    std::expected<CommandLine, QString> parse() {
+        bool optionsEnded = false;
+        while (!rest_.isEmpty()) {
+            const QString argument = rest_.takeFirst();
+            if (!optionsEnded && argument == u"--")
+                optionsEnded = true;
+            else if (optionsEnded || !argument.startsWith(u'-'))
+                line_.movies << argument;
+            else if (const auto read = readOption(argument); !read)
+                return std::unexpected(read.error());
+        }
+        return check();
+    }
+
+  private:
+    std::expected<void, QString> readOption(const QString& argument) {
+        if (argument == u"--help")
+            line_.action = CommandLine::Action::help;
+        else if (argument == u"--version")
+            line_.action = CommandLine::Action::version;
+        else if (argument == u"--prepare-only")
+            prepareOnly_ = true;
+        else if (argument == u"--start-over")
+            line_.startOver = true;
+        else if (argument == u"--re-encode")
+            line_.reEncode = true;
+        else if (argument == u"--to" || argument.startsWith(u"--to="))
+            return readTelevision(argument);
+        else
+            return std::unexpected(u"there is no option %1"_s.arg(argument));
+        return {};
+    }
+
+    std::expected<void, QString> readTelevision(const QString& argument) {
+        const qsizetype equals = argument.indexOf(u'=');
+        if (equals < 0 && rest_.isEmpty()) return std::unexpected(u"--to wants a television after it"_s);
+        const auto television = parseTelevision(equals < 0 ? rest_.takeFirst() : argument.sliced(equals + 1));
+        if (!television) return std::unexpected(television.error());
+        television_ = *television;
+        return {};
+    }
+
+    std::expected<CommandLine, QString> check() {
+        if (line_.action != CommandLine::Action::cast) return line_;
+        if (line_.movies.isEmpty()) return std::unexpected(u"which movie?"_s);
+        if (line_.movies.contains(QString())) return std::unexpected(u"a movie's name is empty"_s);
+        return prepareOnly_ ? checkPreparing() : checkCasting();
+    }
+
+    std::expected<CommandLine, QString> checkPreparing() {
+        if (television_) return std::unexpected(u"--prepare-only plays nothing, so leave --to out"_s);
+        if (line_.startOver)
+            return std::unexpected(u"--prepare-only plays nothing, so leave --start-over out"_s);
+        line_.action = CommandLine::Action::prepareOnly;
+        return line_;
+    }
+
+    std::expected<CommandLine, QString> checkCasting() {
+        if (line_.movies.size() > 1) return std::unexpected(u"one movie at a time"_s);
+        if (!television_) {
+            return std::unexpected(
+                u"on which television? Name it with --to HOST[:PORT], as in --to 192.168.1.20 or "
+                "--to living-room.local:7000"_s);
+        }
+        line_.television = *television_;
+        return line_;
+    }
+
+    QStringList rest_;
+    CommandLine line_;
+    std::optional<Television> television_;
+    bool prepareOnly_ = false;
+};
+
+}  // namespace
+
+std::expected<CommandLine, QString> CommandLine::parse(const QStringList& arguments) {
+    return Parser(arguments).parse();
+}
+
+QString CommandLine::help() {
+    return uR"(Puts a movie onto a television over AirPlay.
+
+  velmora-cast --to TELEVISION [--start-over] [--re-encode] MOVIE
+  velmora-cast --prepare-only [--re-encode] MOVIE...
+
+MOVIE is a movie file, or a folder: the largest movie in it. Subtitle files
+beside it come along. TELEVISION is HOST or HOST:PORT (port 7000 when left
+out; an IPv6 address with a port stands in brackets).
+
+  --to TELEVISION   where to play
+  --start-over      play from the beginning, not from where you stopped
+  --re-encode       re-encode the video even where repacking would do
+  --prepare-only    only prepare; print the path of each file to play
+  --help            show this and leave
+  --version         show the version and leave
+
+While a movie plays: space pauses and resumes, left and right skip 10 seconds,
+down and up a minute, q stops and quits, Ctrl-C too.
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted.
+)"_s;
+}
+
+}  // namespace velmora

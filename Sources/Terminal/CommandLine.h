@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <expected>
+#include <optional>
+
+namespace velmora {
+
+/// What the user asked `velmora-cast` for. A value.
+struct CommandLine {
+    enum class Action { cast, prepareOnly, help, version };
+
+    struct Television {
+        QString host;  ///< name or literal address; IPv6 without brackets
+        quint16 port = 0;
+
+        bool operator==(const Television&) const = default;
+    };
+
+    Action action = Action::cast;
+    Television television;  ///< for `cast`
+    QStringList movies;     ///< exactly one for `cast`, at least one for `prepareOnly`
+    bool startOver = false;
+    bool reEncode = false;
+
+    /// `arguments` come without the program's name. Fails with the reason in plain words.
+    [[nodiscard]] static std::expected<CommandLine, QString> parse(const QStringList& arguments);
+
+    [[nodiscard]] static QString help();
+};
+
+}  // namespace velmora

@@ -1,0 +1,85 @@
+// velmora-cast: Velmora without a window.
+#include "Diagnostics/Log.h"
+#include "Platform/Linux/SettingsFile.h"
+#include "Playback/PositionMemory.h"
+#include "Terminal/Casting.h"
+#include "Terminal/CommandLine.h"
+#include "Terminal/ExitStatus.h"
+#include "Terminal/PrepareRun.h"
+#include "Terminal/Signals.h"
+#include "Terminal/Terminal.h"
+
+#include <QCoreApplication>
+
+#include <langinfo.h>
+
+#include <clocale>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+using namespace Qt::StringLiterals;
+using namespace velmora;
+
+/// Qt's own remarks are for the developer, not for the user's terminal.
+void logRemark(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
+    if (type == QtDebugMsg || type == QtInfoMsg)
+        logger().notice(message);
+    else
+        logger().error(message);
+}
+
+bool hasUnicodeTerminal() {
+    std::setlocale(LC_ALL, "");
+    return std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
+}
+
+int print(const QString& text) {
+    const bool written = std::fputs(qPrintable(text), stdout) >= 0 && std::fflush(stdout) == 0;
+    return written ? doneStatus : failedStatus;
+}
+
+int explainUsage(const QString& problem) {
+    std::fprintf(stderr, "velmora-cast: %s\nTry 'velmora-cast --help'.\n", qPrintable(problem));
+    return usageStatus;
+}
+
+/// Runs a `Casting` or a `PrepareRun` to its end.
+template <typename Run>
+int complete(Run& run, Terminal& terminal) {
+    const Signals signalsOfProcess;
+    QObject::connect(&signalsOfProcess, &Signals::interrupted, &run, &Run::interrupt);
+    QObject::connect(&signalsOfProcess, &Signals::suspending, &terminal, &Terminal::suspend);
+    QObject::connect(&signalsOfProcess, &Signals::resumed, &terminal, &Terminal::resume);
+    QObject::connect(&signalsOfProcess, &Signals::resized, &run, &Run::redraw);
+    QObject::connect(&run, &Run::finished, qApp, &QCoreApplication::exit, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(&run, &Run::start, Qt::QueuedConnection);
+    return QCoreApplication::exec();
+}
+
+int act(const CommandLine& line, bool drawsBlocks) {
+    if (line.action == CommandLine::Action::help) return print(CommandLine::help());
+    if (line.action == CommandLine::Action::version) return print(u"velmora-cast " VELMORA_VERSION "\n"_s);
+    Terminal terminal(drawsBlocks);
+    if (line.action == CommandLine::Action::prepareOnly) {
+        PrepareRun run(line, terminal);
+        return complete(run, terminal);
+    }
+    SystemClock clock;
+    SettingsFile settings(u"com.quillet.velmora"_s);
+    PositionMemory memory(settings);
+    Casting run(line, terminal, clock, memory);
+    return complete(run, terminal);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const bool drawsBlocks = hasUnicodeTerminal();
+    Diagnostics::setStandardErrorFallback(false);
+    qInstallMessageHandler(logRemark);
+    const QCoreApplication application(argc, argv);
+    const auto line = CommandLine::parse(QCoreApplication::arguments().sliced(1));
+    return line ? act(*line, drawsBlocks) : explainUsage(line.error());
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Terminal/PreparationJob.h"
+#include "Terminal/ProgressLine.h"
+
+#include <QUrl>
+
+#include <optional>
+
+namespace velmora {
+
+class Terminal;
+
+/// Tells the user, and the log, how the preparation of one movie goes. Main thread.
+class PreparationReport {
+  public:
+    PreparationReport(Terminal& terminal, const QUrl& movie);
+
+    void show(const Preparer::Update& update);
+    /// The terminal's width has changed.
+    void redraw();
+    void finish(const PreparationJob::Outcome& outcome);
+
+  private:
+    Terminal& terminal_;
+    QUrl movie_;
+    ProgressLine::Plain plain_;
+    std::optional<Preparer::Update> shown_;
+};
+
+}  // namespace velmora

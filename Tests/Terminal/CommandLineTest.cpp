@@ -1,0 +1,76 @@
+#include "Terminal/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+using velmora::CommandLine;
+using Action = CommandLine::Action;
+
+namespace {
+
+CommandLine casting(const QString& host, quint16 port, const QString& movie) {
+    CommandLine line;
+    line.television = {host, port};
+    line.movies = {movie};
+    return line;
+}
+
+void expectSame(const CommandLine& read, const CommandLine& expected, const QString& typed) {
+    EXPECT_EQ(read.action, expected.action) << typed.toStdString();
+    EXPECT_EQ(read.television, expected.television) << typed.toStdString();
+    EXPECT_EQ(read.movies, expected.movies) << typed.toStdString();
+    EXPECT_EQ(read.startOver, expected.startOver) << typed.toStdString();
+    EXPECT_EQ(read.reEncode, expected.reEncode) << typed.toStdString();
+}
+
+TEST(CommandLine, ReadsWhatItUnderstands) {
+    CommandLine everything = casting(u"tv"_s, 7000, u"a.mkv"_s);
+    everything.startOver = everything.reEncode = true;
+    CommandLine preparing;
+    preparing.action = Action::prepareOnly;
+    preparing.movies = {u"a.mkv"_s, u"-b.mkv"_s, u"--help"_s};
+    const std::pair<QString, CommandLine> cases[] = {
+        {u"--to tv a.mkv"_s, casting(u"tv"_s, 7000, u"a.mkv"_s)},
+        {u"a.mkv --to=tv.local:36667"_s, casting(u"tv.local"_s, 36667, u"a.mkv"_s)},
+        {u"--to 10.0.0.5:1 a.mkv"_s, casting(u"10.0.0.5"_s, 1, u"a.mkv"_s)},
+        {u"--to [fe80::1%eth0]:7001 a.mkv"_s, casting(u"fe80::1%eth0"_s, 7001, u"a.mkv"_s)},
+        {u"--to [::1] a.mkv"_s, casting(u"::1"_s, 7000, u"a.mkv"_s)},
+        {u"--to fd00::2:3 a.mkv"_s, casting(u"fd00::2:3"_s, 7000, u"a.mkv"_s)},
+        {u"--start-over --to tv --re-encode -- a.mkv"_s, everything},
+        {u"--prepare-only a.mkv -- -b.mkv --help"_s, preparing},
+    };
+    for (const auto& [typed, expected] : cases) {
+        const auto read = CommandLine::parse(typed.split(u' '));
+        ASSERT_TRUE(read) << typed.toStdString() << ": " << read.error().toStdString();
+        expectSame(*read, expected, typed);
+    }
+    EXPECT_EQ(CommandLine::parse({u"--help"_s})->action, Action::help);
+    EXPECT_EQ(CommandLine::parse({u"--version"_s, u"x"_s, u"y"_s})->action, Action::version);
+}
+
+TEST(CommandLine, RefusesTheRestWithAReason) {
+    const std::pair<QString, QString> cases[] = {
+        {u"--to tv"_s, u"which movie"_s},
+        {u"a.mkv"_s, u"--to HOST"_s},
+        {u"--to tv a.mkv b.mkv"_s, u"one movie"_s},
+        {u"--list"_s, u"no option --list"_s},
+        {u"a.mkv --to"_s, u"wants a television"_s},
+        {u"--to --re-encode a.mkv"_s, u"names no television"_s},
+        {u"--to tv:0 a.mkv"_s, u"names no television"_s},
+        {u"--to tv:65536 a.mkv"_s, u"names no television"_s},
+        {u"--to tv: a.mkv"_s, u"names no television"_s},
+        {u"--to [::1 a.mkv"_s, u"names no television"_s},
+        {u"--to [::1]7000 a.mkv"_s, u"names no television"_s},
+        {u"--to= a.mkv"_s, u"names no television"_s},
+        {u"--prepare-only --to tv a.mkv"_s, u"leave --to out"_s},
+        {u"--prepare-only --start-over a.mkv"_s, u"leave --start-over out"_s},
+        {u"--prepare-only"_s, u"which movie"_s},
+    };
+    for (const auto& [typed, reason] : cases) {
+        const auto read = CommandLine::parse(typed.split(u' '));
+        ASSERT_FALSE(read) << typed.toStdString();
+        EXPECT_TRUE(read.error().contains(reason)) << read.error().toStdString();
+    }
+}
+
+}  // namespace

@@ -1,0 +1,89 @@
+#include "Sender/Pairing/Crypto.h"
+#include "Sender/Pairing/SecureFrames.h"
+#include "Vectors.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora::test {
+
+namespace {
+
+Secret key() {
+    return secretVector("verify.control_write");
+}
+
+QByteArray counting(qsizetype size) {
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (qsizetype i = 0; i < size; ++i) bytes[i] = static_cast<char>(i);
+    return bytes;
+}
+
+}  // namespace
+
+TEST(SecureFramesTest, derivesTheKnownKeys) {
+    for (const QByteArray name : {"transient", "pin", "verify"}) {
+        const Secret shared = secretVector(name == "verify" ? "verify.shared" : name + ".K");
+        const ChannelKeys control = SecureChannel::control(shared);
+        const ChannelKeys events = SecureChannel::events(shared);
+        EXPECT_EQ(control.encrypt.toByteArray(), vector(name + ".control_write"));
+        EXPECT_EQ(control.decrypt.toByteArray(), vector(name + ".control_read"));
+        EXPECT_EQ(events.encrypt.toByteArray(), vector(name + ".events_read"));
+        EXPECT_EQ(events.decrypt.toByteArray(), vector(name + ".events_write"));
+    }
+    const ChannelKeys data = SecureChannel::data(secretVector("verify.shared"), 1234567890);
+    EXPECT_EQ(data.encrypt.toByteArray(), vector("verify.datastream_out"));
+    EXPECT_EQ(data.decrypt.toByteArray(), vector("verify.datastream_in"));
+}
+
+TEST(SecureFramesTest, sealsTheKnownFramesAndOpensThemHoweverTheyAreCut) {
+    FrameSealer sealer(key());
+    const QByteArray first = sealer.seal(vector("frame.0.plain"));
+    EXPECT_EQ(first, vector("frame.0.cipher"));
+    const QByteArray both = sealer.seal(counting(1500));
+    EXPECT_EQ(both.size(), 1536);
+    EXPECT_EQ(sha256(both), vector("frame.1-2.sha256"));
+
+    const QByteArray plain = vector("frame.0.plain") + counting(1500);
+    for (const qsizetype step : {1, 2, 17, 49, 50, 1000, 1585}) {
+        FrameOpener opener(key());
+        QByteArray text;
+        for (QByteArray rest = first + both; !rest.isEmpty(); rest = rest.sliced(std::min(step, rest.size())))
+            text += opener.open(rest.first(std::min(step, rest.size()))).value_or("failed");
+        EXPECT_EQ(text, plain) << step;
+        EXPECT_TRUE(opener.isBetweenFrames());
+    }
+    EXPECT_TRUE(sealer.seal({}).isEmpty());
+}
+
+TEST(SecureFramesTest, opensTheLongestFrame) {
+    const QByteArray plain = counting(65535);
+    const QByteArray length("\xFF\xFF", 2);
+    FrameOpener opener(key());
+    EXPECT_EQ(opener.open(length + Crypto::seal(key(), QByteArray(12, '\0'), plain, length)), plain);
+}
+
+TEST(SecureFramesTest, waitsForTheRestAndFailsForGoodOnAForgery) {
+    const QByteArray frame = vector("frame.0.cipher");
+    for (qsizetype i = 0; i < frame.size(); ++i) {
+        FrameOpener cut(key());
+        EXPECT_EQ(cut.open(frame.first(i)), QByteArray()) << i;
+        EXPECT_EQ(cut.isBetweenFrames(), i == 0);
+
+        FrameOpener opener(key());
+        // A frame that claims to be longer is incomplete until the bytes are there.
+        EXPECT_FALSE(opener.open(damaged(frame, i) + QByteArray(40000, '\0'))) << i;
+        EXPECT_FALSE(opener.open(frame)) << i;
+    }
+}
+
+TEST(SecureFramesTest, refusesRepeatedSwappedAndMissingFrames) {
+    FrameSealer sealer(key());
+    const QByteArray one = sealer.seal("one");
+    const QByteArray two = sealer.seal("two");
+    const QByteArray sequences[] = {one + one, two, two + one, one + two + two, one + two + one};
+    for (const QByteArray& frames : sequences) EXPECT_FALSE(FrameOpener(key()).open(frames));
+    EXPECT_FALSE(FrameOpener(secretVector("verify.control_read")).open(one)) << "the other direction";
+    EXPECT_EQ(FrameOpener(key()).open(one + two), QByteArray("onetwo"));
+}
+
+}  // namespace velmora::test

@@ -9,6 +9,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # g++ 12 reports false positives in its own coroutine frames and in inlined string code.
     target_compile_options(velmora_options INTERFACE
         -Wno-maybe-uninitialized -Wno-restrict -Wno-stringop-overflow -Wno-array-bounds -Wno-dangling-pointer)
+else()
+    # clang reports what the standard library's own std::stable_sort uses; g++ still reports ours.
+    target_compile_options(velmora_options INTERFACE -Wno-deprecated-declarations)
 endif()
 if(VELMORA_SANITIZE)
     target_compile_options(velmora_options INTERFACE

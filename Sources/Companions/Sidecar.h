@@ -15,7 +15,7 @@ namespace velmora {
 struct Sidecar {
     QUrl url;
     std::optional<QString> language;  ///< ISO 639-2/T code
-    QDateTime modified;               ///< the epoch's far past when it cannot be read
+    QDateTime modified;               ///< the first day of year 1 when it cannot be read
     std::optional<QString> encoding;  ///< "CP1252" when the text is not valid UTF-8
     bool isForced = false;
     bool isSDH = false;  ///< for the deaf and hard of hearing
@@ -24,7 +24,7 @@ struct Sidecar {
     /// The subtitle files that belong to `movie`, best match first.
     [[nodiscard]] static QList<Sidecar> find(const QUrl& movie);
 
-    /// `text` in lower case, cut at full stops, hyphens, underscores, blanks, brackets and parentheses.
+    /// The words of a file's name, as `Names::pieces` cuts them.
     [[nodiscard]] static QStringList tokens(const QString& text);
 
     /// Whether `name`, one of the `names` in a folder, is a movie that this application prepared itself.

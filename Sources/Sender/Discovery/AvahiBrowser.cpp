@@ -189,11 +189,6 @@ QList<Sighting> AvahiBrowser::sightings() const {
     return sightings;
 }
 
-void AvahiBrowser::refresh() {
-    for (auto& [key, service] : services_) service.resolver = resolve(key);
-    for (auto& [key, host] : hosts_) browseAddresses(key, host);
-}
-
 std::unique_ptr<AvahiObject> AvahiBrowser::resolve(const Key& service) const {
     const auto& [interface, protocol, name] = service;
     return std::make_unique<AvahiObject>(

@@ -22,8 +22,8 @@ namespace velmora {
 class AvahiObject;
 
 /// The `_airplay._tcp` services that the Avahi daemon sees, kept current on every interface and over IPv4 and
-/// IPv6. Survives the daemon's and the bus's end, and takes up again when they are back. Main thread only;
-/// never waits for the daemon.
+/// IPv6: Avahi asks again in time for whatever is browsed. Survives the daemon's and the bus's end, and takes
+/// up again when they are back. Main thread only; never waits for the daemon.
 ///
 /// Every signal of the daemon names its interface, protocol and service (or host), so signals are matched by
 /// those: an object's path is not known yet when its first signals come.
@@ -39,10 +39,6 @@ class AvahiBrowser : public QObject {
 
     /// What is seen and resolved now.
     [[nodiscard]] QList<Sighting> sightings() const;
-
-    /// Asks the network anew about every service seen. What it says differently shows within `freshness`.
-    void refresh();
-    static constexpr Clock::Duration freshness = std::chrono::milliseconds(300);
 
     /// Why nothing can be seen, as a whole sentence; empty while browsing.
     [[nodiscard]] QString reason() const { return reason_; }

@@ -123,8 +123,6 @@ QCoro::Task<Result> Discovery::resolve(Receiver receiver, Clock::Duration deadli
     Clock& clock = clock_;
     const Clock::Instant end = clock.now() + deadline;
     const QPointer<Discovery> alive = this;
-    d_->browser.refresh();
-    co_await clock.sleep(std::min(deadline, AvahiBrowser::freshness));
     while (alive) {
         const auto current = withIdentifier(d_->seen(), receiver.identifier);
         if (current) co_return *current;

@@ -34,9 +34,9 @@ class Discovery : public QObject {
     [[nodiscard]] QString unavailableReason() const { return reason_; }
 
     /// The receiver as it is reached now: addresses and ports change with updates and sleep, so this comes
-    /// before each connection. One that is announced is asked for anew, one with a typed host name is looked
-    /// up; one that does not show before the deadline is returned with the address it had. Fails with the
-    /// reason in plain words when there is none.
+    /// before each connection. One that announces itself is as the network says, waited for until the
+    /// deadline; one that does not is returned with the address it had, where it may answer still. A typed
+    /// host name is looked up. Fails with the reason in plain words when there is no address.
     [[nodiscard]] QCoro::Task<std::expected<Receiver, QString>> resolve(Receiver receiver,
                                                                         Clock::Duration deadline);
 

@@ -127,6 +127,8 @@ std::expected<std::optional<Message>, QString> MessageReader<Message>::next() {
 template <class Message>
 QByteArray MessageReader<Message>::takeRest() {
     cursor_ = 0;
+    started_ = headDone_ = false;
+    message_ = Message();
     return std::exchange(buffer_, {});
 }
 

@@ -85,8 +85,9 @@ class MessageReader {
     /// The next complete message; nothing while bytes are missing; or what is wrong with the bytes, for good.
     [[nodiscard]] std::expected<std::optional<Message>, QString> next();
 
-    /// What was fed and not yet taken: it belongs to whoever speaks on the connection next.
-    [[nodiscard]] QByteArray takeRest();
+    /// What was fed behind the last message: it belongs to whoever speaks on the connection next. A message
+    /// that has begun is forgotten.
+    QByteArray takeRest();
 
   private:
     using Step = std::expected<bool, QString>;  // true: go on, false: bytes are missing

@@ -1,16 +1,20 @@
 #pragma once
 
+#include "Sender/MediaServer.h"
 #include "Sender/Receiver.h"
 #include "System/Clock.h"
 
 #include <QObject>
 #include <QString>
 
+#include <expected>
+#include <functional>
 #include <memory>
 
 namespace velmora {
 
-class MediaServer;
+class PlaybackSession;
+class VideoControl;
 
 /// One movie on one receiver: started, watched, steered and stopped. Main thread only.
 ///
@@ -41,17 +45,31 @@ class RemotePlayback : public QObject {
         Phase phase = Phase::idle;
         double position = 0;  ///< seconds, interpolated between the receiver's reports
         double duration = 0;  ///< seconds; 0 when unknown
-        QString reason;       ///< plain words for `failed`, `dropped` and a stop at the television
+        QString reason{};     ///< plain words for `failed`, `dropped` and a stop at the television
 
         [[nodiscard]] bool isOver() const { return phase >= Phase::ended; }
     };
 
+    /// What it needs of the rest of the program.
+    struct World {
+        using Published = std::expected<std::unique_ptr<MediaServer::Publication>, QString>;
+
+        std::function<std::shared_ptr<VideoControl>(const Receiver& receiver)> control;
+        std::function<Published(const QString& path, const QHostAddress& receiver)> publish;
+        quint16 mediaPort = 0;  ///< for the words about firewalls
+    };
+
+    /// Clock and server must outlive it.
     RemotePlayback(Clock& clock, MediaServer& server, QObject* parent = nullptr);
+    RemotePlayback(Clock& clock, World world, QObject* parent = nullptr);
+    /// A movie that still plays is sent a stop, and nobody waits for the answer. To know that it stopped,
+    /// call `stop` and wait for the state.
     ~RemotePlayback() override;
 
     /// Starts, or replaces what plays. The outcome shows in `state`.
     void play(const Receiver& receiver, const Item& item);
 
+    /// While the movie loads, these wait for the picture.
     void pause();
     void resume();
     /// Seconds, clamped into the movie. Quick successive seeks collapse into the last one.
@@ -64,12 +82,17 @@ class RemotePlayback : public QObject {
     [[nodiscard]] State state() const;
 
   Q_SIGNALS:
-    /// The phase, the duration or the reason changed, or the position jumped.
+    /// The phase, the duration or the reason changed, or the position jumped. From the event loop, never from
+    /// inside a call.
     void stateChanged();
 
   private:
-    class Private;
-    std::unique_ptr<Private> d_;
+    void scheduleChange();
+
+    Clock& clock_;
+    World world_;
+    std::shared_ptr<PlaybackSession> session_;
+    bool isChangeScheduled_ = false;
 };
 
 }  // namespace velmora

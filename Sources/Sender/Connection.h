@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Sender/Channel.h"
+#include "Sender/Completion.h"
+#include "Sender/Message.h"
+#include "System/Clock.h"
+
+#include <QCoroTask>
+#include <QObject>
+
+#include <chrono>
+#include <deque>
+#include <expected>
+#include <memory>
+
+namespace velmora {
+
+/// Requests and their answers over a channel, one at a time: receivers lose a request that comes before they
+/// have answered the last one. Main thread only.
+class Connection : public QObject {
+    Q_OBJECT
+
+  public:
+    using Answer = std::expected<Response, ConnectionError>;
+
+    static constexpr Clock::Duration usualDeadline = std::chrono::seconds(5);
+
+    Connection(Clock& clock, std::unique_ptr<Channel> channel);
+    /// Everyone who waits gets `closed`.
+    ~Connection() override;
+
+    /// Sends now, or as soon as the requests before it are answered. Any answer that is a message is a
+    /// success here, whatever its status. The deadline counts from this call. A request that ran into it
+    /// still holds up those behind it until its late answer is there, or they run into theirs.
+    [[nodiscard]] QCoro::Task<Answer> send(Request request, Clock::Duration deadline = usualDeadline);
+
+    /// Sends at once, even behind a request that is not answered yet, and takes no interest in the answer.
+    /// For farewells that nobody can wait for.
+    void sendLast(const Request& request);
+
+    [[nodiscard]] bool isOpen() const { return channel_ && channel_->isOpen(); }
+    [[nodiscard]] QHostAddress localAddress() const;
+    [[nodiscard]] QHostAddress peerAddress() const;
+
+    struct Released {
+        std::unique_ptr<Channel> channel;
+        QByteArray unread;  ///< received behind the last answer
+    };
+    /// Gives the channel away: its bytes no longer are answers to requests. Null when it is closed.
+    [[nodiscard]] Released release();
+
+  private:
+    struct Exchange {
+        QByteArray request;
+        Completion<Answer> answer;
+        Clock::Timer deadline;
+    };
+
+    void sendNext();
+    void receive(const QByteArray& bytes);
+    void close(const ConnectionError& error);
+
+    Clock& clock_;
+    std::unique_ptr<Channel> channel_;
+    MessageReader<Response> reader_;
+    std::shared_ptr<Exchange> inFlight_;
+    std::deque<std::shared_ptr<Exchange>> waiting_;
+};
+
+}  // namespace velmora

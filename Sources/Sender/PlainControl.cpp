@@ -1,0 +1,232 @@
+#include "Sender/PlainControl.h"
+
+#include "Diagnostics/Log.h"
+#include "Sender/Plist.h"
+
+#include <QUuid>
+
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+namespace velmora {
+
+namespace {
+
+constexpr Clock::Duration playDeadline = 30s;  // an Apple TV may answer only when it has loaded something
+
+VideoControl::Outcome outcomeOf(const Connection::Answer& answer) {
+    if (!answer) return std::unexpected(answer.error());
+    if (answer->isSuccess()) return {};
+    return std::unexpected(ConnectionError{.kind = ConnectionError::Kind::status,
+                                           .status = answer->status,
+                                           .detail = QString::fromUtf8(answer->reason)});
+}
+
+// Never with the decimal comma of a locale.
+QByteArray decimal(double number) {
+    return QByteArray::number(number, 'f', 6);
+}
+
+double fractionOf(const VideoControl::Movie& movie) {
+    return movie.duration > 0 ? std::min(1.0, movie.start / movie.duration) : 0;
+}
+
+// Older receivers read the start as a fraction, newer ones in seconds, and only as reals.
+QByteArray binaryBody(const VideoControl::Movie& movie, const QByteArray& session) {
+    const QVariantMap body{{u"Content-Location"_s, movie.url.toString(QUrl::FullyEncoded)},
+                           {u"Start-Position"_s, fractionOf(movie)},
+                           {u"Start-Position-Seconds"_s, movie.start},
+                           {u"uuid"_s, movie.uuid},
+                           {u"rate"_s, 1.0},
+                           {u"mediaType"_s, u"file"_s},
+                           {u"streamType"_s, 1},
+                           {u"X-Apple-Session-ID"_s, QString::fromLatin1(session)}};
+    return Plist::encodeBinary(body);
+}
+
+// Lines end in a bare LF: one receiver takes a CR for a part of the address.
+QByteArray textBody(const VideoControl::Movie& movie) {
+    return "Content-Location: " + movie.url.toEncoded() + "\nStart-Position: " + decimal(fractionOf(movie)) +
+           "\n";
+}
+
+bool wantsTextBody(const VideoControl::Outcome& outcome) {
+    return !outcome && (outcome.error().hasStatus(400) || outcome.error().hasStatus(415) ||
+                        outcome.error().hasStatus(501));
+}
+
+}  // namespace
+
+std::shared_ptr<PlainControl> PlainControl::make(Clock& clock, const Receiver& receiver) {
+    return std::shared_ptr<PlainControl>(new PlainControl(clock, receiver));
+}
+
+PlainControl::PlainControl(Clock& clock, const Receiver& receiver)
+    : clock_(clock),
+      session_(QUuid::createUuid().toByteArray(QUuid::WithoutBraces)),
+      announcesSystem_(receiver.announced && !receiver.announced->systemVersion.isEmpty()),
+      dialer_(Dialer::make(clock, receiver)) {}
+
+PlainControl::~PlainControl() {
+    close();
+}
+
+QCoro::Task<VideoControl::Outcome> PlainControl::open() {
+    const auto self = shared_from_this();
+    Dialer::Dialed dialed = co_await dialer_->dial();
+    if (!dialed.channel) co_return std::unexpected(dialed.error);
+    if (closed_) co_return std::unexpected(ConnectionError{});
+    verbs_ = std::make_unique<Connection>(clock_, std::move(dialed.channel));
+
+    const Connection::Answer info = co_await get("/server-info");
+    if (!info) co_return std::unexpected(info.error());
+    // A receiver that wants to be paired with says so here. All else is told only by the answer to /play.
+    if (info->status == 403 || info->status == 470) co_return outcomeOf(info);
+    co_await openEvents();
+    co_await keepAlive(*info);
+    if (!isOpen()) co_return std::unexpected(ConnectionError{});
+    co_return Outcome();
+}
+
+QCoro::Task<> PlainControl::openEvents() {
+    const auto self = shared_from_this();
+    Dialer::Dialed dialed = co_await dialer_->dial();
+    if (!dialed.channel || closed_) co_return;
+    reversing_ = std::make_unique<Connection>(clock_, std::move(dialed.channel));
+    Request reverse = request("POST", "/reverse");
+    reverse.headers.append("Upgrade", "PTTH/1.0");
+    reverse.headers.append("Connection", "Upgrade");
+    reverse.headers.append("X-Apple-Purpose", "event");
+    const Connection::Answer answer = co_await reversing_->send(reverse);
+    if (closed_) co_return;
+    auto [released, unread] = reversing_->release();
+    reversing_.reset();
+    constexpr int switchingProtocols = 101;
+    if (!answer || answer->status != switchingProtocols || !released) {
+        logger().notice(u"television: no events"_s);
+        co_return;
+    }
+    events_ = std::make_unique<EventConnection>(std::move(released), unread);
+    QObject::connect(events_.get(), &EventConnection::requested, [this](const Request& event) {
+        const auto plist = Plist::decode(event.body);
+        if (const auto known = plist ? PlaybackEvent::fromPlist(*plist) : std::nullopt) deliver(*known);
+    });
+}
+
+QCoro::Task<> PlainControl::keepAlive(Response serverInfo) {
+    const auto self = shared_from_this();
+    const QVariantMap info = Plist::decode(serverInfo.body).value_or(QVariant()).toMap();
+    const bool endsSilentSessions =
+        info.value(u"srcvers"_s) == u"220.68"_s && !info.contains(u"osvers"_s) && !announcesSystem_;
+    if (!endsSilentSessions || closed_) co_return;
+    Dialer::Dialed dialed = co_await dialer_->dial();
+    if (!dialed.channel || closed_) co_return;
+    heartbeat_ = std::make_shared<Heartbeat>(clock_, std::move(dialed.channel));
+    heartbeat_->start();
+}
+
+QHostAddress PlainControl::localAddress() const {
+    return verbs_ ? verbs_->localAddress() : QHostAddress();
+}
+
+QHostAddress PlainControl::peerAddress() const {
+    return verbs_ ? verbs_->peerAddress() : QHostAddress();
+}
+
+QCoro::Task<VideoControl::Outcome> PlainControl::play(Movie movie) {
+    const auto self = shared_from_this();
+    Request binary = request("POST", "/play");
+    binary.headers.append("Content-Type", "application/x-apple-binary-plist");
+    binary.body = binaryBody(movie, session_);
+    const Outcome outcome = co_await sendPlay(binary);
+    if (!wantsTextBody(outcome)) co_return outcome;
+    Request text = request("POST", "/play");
+    text.headers.append("Content-Type", "text/parameters");
+    text.body = textBody(movie);
+    co_return co_await sendPlay(text);
+}
+
+QCoro::Task<VideoControl::Outcome> PlainControl::sendPlay(Request play) {
+    const auto self = shared_from_this();
+    constexpr int attempts = 4;  // Apple's boxes answer 500 now and then
+    for (int attempt = 1;; ++attempt) {
+        const Connection::Answer answer = co_await send(play, playDeadline);
+        const Outcome outcome = outcomeOf(answer);
+        if (outcome || !outcome.error().hasStatus(500) || attempt == attempts || closed_) co_return outcome;
+        const Completion<bool> pause = nap_.wait(clock_, 1s);
+        co_await pause;
+    }
+}
+
+QCoro::Task<VideoControl::Outcome> PlainControl::setRate(double rate) {
+    return post("/rate?value=" + decimal(rate));
+}
+
+QCoro::Task<VideoControl::Outcome> PlainControl::seek(double seconds) {
+    return post("/scrub?position=" + decimal(seconds));
+}
+
+QCoro::Task<VideoControl::Outcome> PlainControl::stop() {
+    return post("/stop");
+}
+
+QCoro::Task<VideoControl::Reported> PlainControl::playbackInfo() {
+    const auto self = shared_from_this();
+    const Connection::Answer answer = co_await get("/playback-info");
+    if (!answer) co_return std::unexpected(answer.error());
+    // Nothing to tell: an empty answer, or 500 on an idle Apple TV, or a verb that is not known.
+    const bool isEmpty = answer->body.trimmed().isEmpty();
+    if (answer->status == 500 || answer->status == 404 || answer->status == 501 ||
+        (answer->isSuccess() && isEmpty))
+        co_return PlaybackReport();
+    if (const Outcome outcome = outcomeOf(answer); !outcome) co_return std::unexpected(outcome.error());
+    const auto plist = Plist::decode(answer->body);
+    if (plist) co_return PlaybackReport::fromPlist(*plist);
+    co_return std::unexpected(
+        ConnectionError{.kind = ConnectionError::Kind::malformed, .detail = plist.error()});
+}
+
+void PlainControl::close() {
+    closed_ = true;
+    onEvent({});
+    dialer_->close();
+    nap_.end();
+    heartbeat_.reset();
+    reversing_.reset();
+    events_.reset();
+    verbs_.reset();
+}
+
+void PlainControl::abandon() {
+    if (isOpen()) verbs_->sendLast(request("POST", "/stop"));
+    close();
+}
+
+QCoro::Task<Connection::Answer> PlainControl::send(Request request, Clock::Duration deadline) {
+    if (!verbs_) co_return std::unexpected(ConnectionError{});
+    co_return co_await verbs_->send(std::move(request), deadline);
+}
+
+QCoro::Task<Connection::Answer> PlainControl::get(QByteArray target) {
+    return send(request("GET", target), Connection::usualDeadline);
+}
+
+QCoro::Task<VideoControl::Outcome> PlainControl::post(QByteArray target) {
+    const auto self = shared_from_this();
+    const Connection::Answer answer = co_await send(request("POST", target), Connection::usualDeadline);
+    co_return outcomeOf(answer);
+}
+
+Request PlainControl::request(const QByteArray& method, const QByteArray& target) const {
+    Request request;
+    request.method = method;
+    request.target = target;
+    // Host never goes without the session: one receiver would take the request for one of its own.
+    request.headers = {{"Host", dialer_->hostHeader()},
+                       {"User-Agent", "AirPlay/550.10"},
+                       {"X-Apple-Session-ID", session_},
+                       {"X-Apple-Client-Name", "Velmora"}};
+    return request;
+}
+
+}  // namespace velmora

@@ -38,7 +38,7 @@ std::optional<VideoEncoder> EncoderTrials::run(const std::stop_token& stop) cons
 
     const QStringList listed = listedEncoders(stop);
     // The system's own encoder, with a software encoder of its own behind it: it always works.
-    if (const VideoEncoder platform{Kind::videotoolbox}; listed.contains(platform.name())) return platform;
+    if (VideoEncoder platform{Kind::videotoolbox}; listed.contains(platform.name())) return platform;
     VideoEncoder found;
     for (VideoEncoder candidate : candidates) {
         if (!listed.contains(candidate.name()) || !encodes(candidate, false, stop)) continue;

@@ -23,7 +23,7 @@ using namespace Qt::StringLiterals;
 using SteadyClock = std::chrono::steady_clock;
 
 /// A pipe's usual capacity, so one read empties it.
-constexpr qsizetype readSize = 64 * 1024;
+constexpr qsizetype readSize = 65'536;
 
 const QString& ownFolder() {
     static const QString folder = QCoreApplication::applicationDirPath();
@@ -182,7 +182,8 @@ const std::optional<QUrl>& ffprobe() {
 }
 
 bool isBundled() {
-    return ffmpeg() && ffmpeg()->toLocalFile().startsWith(ownFolder());
+    const std::optional<QUrl>& tool = ffmpeg();
+    return tool && tool->toLocalFile().startsWith(ownFolder());
 }
 
 QString Output::stderrText() const {

@@ -45,18 +45,19 @@ QStringList uploadArguments(bool tenBit) {
 class Availability {
   public:
     VideoEncoder get(const std::stop_token& stop) {
+        const std::optional<QUrl>& ffmpeg = Tools::ffmpeg();
         std::unique_lock guard(lock_);
         changed_.wait(guard, stop, [this] { return !trying_; });
         if (answer_) return *answer_;
-        if (trying_ || stop.stop_requested() || !Tools::ffmpeg()) return {};
+        if (trying_ || stop.stop_requested() || !ffmpeg) return {};
         trying_ = true;
         guard.unlock();
-        const std::optional<VideoEncoder> answer = EncoderTrials{*Tools::ffmpeg()}.run(stop);
+        const std::optional<VideoEncoder> answer = EncoderTrials{*ffmpeg}.run(stop);
+        if (answer) tell(*answer);
         guard.lock();
         trying_ = false;
         answer_ = answer;
         changed_.notify_all();
-        if (answer) tell(*answer);
         return answer.value_or(VideoEncoder{});
     }
 

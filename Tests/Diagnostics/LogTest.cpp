@@ -70,6 +70,7 @@ TEST_F(Log, linesOfManyThreadsAndTwoWritersStayWhole) {
     {
         Diagnostics logs[2];
         std::vector<std::jthread> threads;
+        threads.reserve(threadCount);
         for (int thread = 0; thread < threadCount; ++thread) {
             threads.emplace_back([&, thread] {
                 for (int line = 0; line < lineCount; ++line) {

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -23,25 +24,23 @@ namespace {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-QUrl program() {
-    return QUrl::fromLocalFile(QCoreApplication::applicationDirPath() + u"/ToolsTestProgram"_s);
-}
+const QUrl shell = QUrl::fromLocalFile(u"/bin/sh"_s);
 
 struct Ended {
     Tools::Output output;
     QStringList lines;
 };
 
-/// Runs the test program; `react` sees each line as it arrives.
-Ended runProgram(const QStringList& arguments, const std::stop_token& stop = {},
-                 const Tools::LineCallback& react = {},
-                 std::chrono::milliseconds grace = Tools::terminateGrace) {
+/// Runs `script` in a shell as the tool; `react` sees each line as it arrives.
+Ended runScript(const QString& script, const std::stop_token& stop = {},
+                const Tools::LineCallback& react = {},
+                std::chrono::milliseconds grace = Tools::terminateGrace) {
     Ended ended;
     const auto onLine = [&ended, &react](const QString& line) {
         ended.lines += line;
         if (react) react(line);
     };
-    const auto output = Tools::run(program(), arguments, stop, onLine, grace);
+    const auto output = Tools::run(shell, {u"-c"_s, script}, stop, onLine, grace);
     EXPECT_TRUE(output.has_value());
     ended.output = output.value_or(Tools::Output{-1, {}, {}});
     return ended;
@@ -49,181 +48,171 @@ Ended runProgram(const QStringList& arguments, const std::stop_token& stop = {},
 
 TEST(ToolsRun, onlyLineFeedsEndLines) {
     struct Case {
-        QStringList chunks;  // percent-encoded
+        QString script;
         QStringList lines;
     };
     const Case cases[] = {
-        {{u"a%0Ab"_s}, {u"a"_s, u"b"_s}},
-        {{u"a%0D%0A"_s}, {u"a\r"_s}},
-        {{u"%0A%0A"_s}, {u""_s, u""_s}},
-        {{u"1%0D2%0D"_s, u"3"_s}, {u"1\r2\r3"_s}},
-        {{u"fra"_s, u"me=1%0Afr"_s, u"ame=2"_s, u"%0A"_s}, {u"frame=1"_s, u"frame=2"_s}},
-        {{u"%C3"_s, u"%A9%0A"_s}, {u"é"_s}},
-        {{u"a%FFb%0A"_s}, {u"a\uFFFDb"_s}},
-        {{}, {}},
+        {u"printf 'a\\nb'"_s, {u"a"_s, u"b"_s}},
+        {u"printf 'a\\r\\n'"_s, {u"a\r"_s}},
+        {u"printf '\\n\\n'"_s, {u""_s, u""_s}},
+        {u"printf '1\\r2\\r'; sleep 0.01; printf 3"_s, {u"1\r2\r3"_s}},
+        {u"printf 'fra'; sleep 0.01; printf 'me=1\\nfr'; sleep 0.01; printf 'ame=2\\n'"_s,
+         {u"frame=1"_s, u"frame=2"_s}},
+        {u"printf '\\303'; sleep 0.01; printf '\\251\\n'"_s, {u"é"_s}},
+        {u"printf 'a\\377b\\n'"_s, {u"a\uFFFDb"_s}},
+        {u"printf 'no line' >&2"_s, {}},
     };
     for (const Case& testCase : cases) {
-        const Ended run = runProgram(QStringList(u"chunks"_s) + testCase.chunks);
-        EXPECT_EQ(run.lines, testCase.lines);
-        EXPECT_EQ(run.output.standardOutput,
-                  QByteArray::fromPercentEncoding(testCase.chunks.join(QString()).toUtf8()));
-        EXPECT_EQ(run.output.status, 0);
+        EXPECT_EQ(runScript(testCase.script).lines, testCase.lines) << qPrintable(testCase.script);
     }
 }
 
 TEST(ToolsRun, anUnhappyEndIsAResult) {
-    const auto failed = Tools::run(program(), {u"status"_s, u"3"_s});
-    ASSERT_TRUE(failed.has_value());
-    EXPECT_EQ(failed->status, 3);
-    EXPECT_EQ(failed->stderrText(), u"what went wrong: \uFFFD\n"_s);
-    EXPECT_EQ(runProgram({u"raise"_s, QString::number(SIGKILL)}).output.status, 128 + SIGKILL);
-    EXPECT_EQ(runProgram({u"silent"_s}).output.status, 5);
+    const Tools::Output failed = runScript(u"printf 'a\\377'; printf 'b\\377' >&2; exit 3"_s).output;
+    EXPECT_EQ(failed.status, 3);
+    EXPECT_EQ(failed.standardOutput, "a\xff");
+    EXPECT_EQ(failed.stderrText(), u"b\uFFFD"_s);
+    EXPECT_EQ(runScript(u"kill -KILL $$"_s).output.status, 128 + SIGKILL);
+    EXPECT_EQ(runScript(u"exec >&- 2>&-; sleep 0.05; exit 5"_s).output.status, 5);
 }
 
 TEST(ToolsRun, whatCannotBeStartedIsAnError) {
-    EXPECT_EQ(Tools::run(QUrl::fromLocalFile(u"/nowhere/ffmpeg"_s), {}).error(),
-              std::errc::no_such_file_or_directory);
-    EXPECT_EQ(Tools::run(QUrl::fromLocalFile(u"/proc/self/maps"_s), {}).error(),
-              std::errc::permission_denied);
+    const auto start = [](const QString& path) { return Tools::run(QUrl::fromLocalFile(path), {}).error(); };
+    EXPECT_EQ(start(u"/nowhere/ffmpeg"_s), std::errc::no_such_file_or_directory);
+    EXPECT_EQ(start(u"/proc/self/maps"_s), std::errc::permission_denied);
 }
 
 TEST(ToolsRun, bothPipesAreDrainedWithAndWithoutLines) {
-    const auto output = Tools::run(program(), {u"flood"_s});
+    const QString flood = u"head -c 5000000 /dev/zero >&2 & head -c 5000000 /dev/zero; wait"_s;
+    const auto output = Tools::run(shell, {u"-c"_s, flood});
     ASSERT_TRUE(output.has_value());
     EXPECT_EQ(output->standardOutput.size(), 5'000'000);
     EXPECT_EQ(output->standardError.size(), 5'000'000);
-    EXPECT_EQ(runProgram({u"flood"_s}).lines.value(0).size(), 5'000'000);
+    EXPECT_EQ(runScript(flood).lines.value(0).size(), 5'000'000);
 }
 
 TEST(ToolsRun, theChildFindsCleanSurroundings) {
-    const int leaking = open("/dev/null", O_RDONLY);  // NOLINT(android-cloexec-open): a library may do this
+    const int leaking = fcntl(open("/dev/null", O_RDONLY | O_CLOEXEC), F_DUPFD, 7);  // as a library might do
+    const auto pipeHandler = std::signal(SIGPIPE, SIG_IGN);
     sigset_t blocked;
     sigemptyset(&blocked);
     sigaddset(&blocked, SIGUSR1);
     pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
-    const auto pipeHandler = std::signal(SIGPIPE, SIG_IGN);
-    const Ended run = runProgram({u"surroundings"_s});
-    std::signal(SIGPIPE, pipeHandler);
+    const Ended run = runScript(
+        u"exec 2>&1; readlink /proc/$$/fd/0; test -e /proc/$$/fd/%1 && echo leak;"
+        "grep -E 'Sig(Blk|Ign)' /proc/$$/status; cut -d ' ' -f 5 /proc/$$/stat; echo $$"_s.arg(leaking));
     pthread_sigmask(SIG_UNBLOCK, &blocked, nullptr);
+    std::signal(SIGPIPE, pipeHandler);  // NOLINT(cert-err33-c)
     close(leaking);
-    const QStringList expected{u"stdin /dev/null"_s, u"own group"_s, u"SigBlk: 0000000000000000"_s,
-                               u"SigIgn: 0000000000000000"_s};
-    EXPECT_EQ(run.lines, expected);
+    const QStringList expected{u"/dev/null"_s, u"SigBlk:\t0000000000000000"_s,
+                               u"SigIgn:\t0000000000000000"_s};
+    EXPECT_EQ(run.lines.first(3), expected) << qPrintable(run.lines.join(u'\n'));
+    EXPECT_EQ(run.lines.value(3), run.lines.value(4)) << "it leads its process group";
 }
 
 TEST(ToolsRun, aGrandchildCannotHoldItUp) {
     const auto start = std::chrono::steady_clock::now();
-    const Ended run = runProgram({u"grandchild"_s});
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+    const Ended run = runScript(u"sleep 60 & echo $!"_s);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 30s);
     ASSERT_EQ(run.lines.size(), 1);
     EXPECT_EQ(kill(run.lines.first().toInt(), SIGKILL), 0);
 }
 
 TEST(ToolsRun, aStopEndsTheChildAtOnceAndKeepsItsOutput) {
     struct Case {
-        QString main;
+        QString script;
         std::chrono::milliseconds grace;
         int status;
     };
-    for (const Case& testCase :
-         {Case{u"wait"_s, 60s, 128 + SIGTERM}, Case{u"stubborn"_s, 50ms, 128 + SIGKILL}}) {
+    const Case cases[] = {{u"echo ready; exec sleep 60"_s, 60s, 128 + SIGTERM},
+                          {u"trap '' TERM; echo ready; exec sleep 60"_s, 50ms, 128 + SIGKILL},
+                          {u"trap 'exit 7' TERM; echo ready; sleep 60"_s, 60s, 7}};
+    for (const Case& testCase : cases) {
         std::stop_source source;
         std::jthread stopper;
         const auto stopFromOutside = [&](const QString&) {
             stopper = std::jthread([&source] { source.request_stop(); });
         };
         const auto start = std::chrono::steady_clock::now();
-        const Ended run = runProgram({testCase.main}, source.get_token(), stopFromOutside, testCase.grace);
-        EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+        const Ended run = runScript(testCase.script, source.get_token(), stopFromOutside, testCase.grace);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, 30s);
         EXPECT_EQ(run.output.status, testCase.status);
         EXPECT_EQ(run.output.standardOutput, "ready\n");
     }
 }
 
 TEST(ToolsRun, aStopBeforeTheStartDoesNothing) {
-    std::stop_source source;
+    const std::stop_source source;
     source.request_stop();
-    const Ended run = runProgram({u"chunks"_s, u"a"_s}, source.get_token());
-    EXPECT_EQ(run.output.status, 0);
-    EXPECT_EQ(run.lines, QStringList(u"a"_s));
+    EXPECT_EQ(runScript(u"sleep 0.05; echo a"_s, source.get_token()).lines, QStringList(u"a"_s));
 }
 
 TEST(ToolsRun, theChildDiesWithAKilledParent) {
-    int child = -1;
-    const auto killRunner = [&child](const QString& line) {
-        const QStringList numbers = line.split(u' ');  // the runner's and its child's
-        if (child >= 0 || numbers.size() != 2) return;
-        child = static_cast<int>(syscall(SYS_pidfd_open, numbers[1].toInt(), 0));
-        kill(numbers[0].toInt(), SIGKILL);
-    };
-    EXPECT_EQ(runProgram({u"runner"_s}, {}, killRunner).output.status, 128 + SIGKILL);
-    ASSERT_GE(child, 0);
-    pollfd ended{child, POLLIN, 0};
-    EXPECT_EQ(poll(&ended, 1, 10'000), 1);
-    close(child);
+    int numbers[2];
+    ASSERT_EQ(pipe(numbers), 0);
+    const pid_t parent = fork();
+    if (parent == 0) {
+        runScript(u"echo $$; exec sleep 60"_s, {}, [&](const QString& line) {
+            const int child = line.toInt();
+            (void)!write(numbers[1], &child, sizeof(child));
+        });
+        _exit(0);
+    }
+    int child = 0;
+    ASSERT_EQ(read(numbers[0], &child, sizeof(child)), ssize_t{sizeof(child)});
+    pollfd ended{static_cast<int>(syscall(SYS_pidfd_open, child, 0)), POLLIN, 0};
+    kill(parent, SIGKILL);
+    waitpid(parent, nullptr, 0);
+    EXPECT_EQ(poll(&ended, 1, 30'000), 1);
+    for (const int descriptor : {ended.fd, numbers[0], numbers[1]}) close(descriptor);
 }
 
 TEST(ToolsRun, manyAtOnce) {
-    std::vector<std::jthread> threads;
     std::atomic<int> right = 0;
-    for (int number = 0; number < 8; ++number) {
-        threads.emplace_back([number, &right] {
-            const QString text = QString::number(number);
-            for (int round = 0; round < 5; ++round) {
-                const Ended run = runProgram({u"chunks"_s, text + u"%0A"_s});
-                if (run.output.status == 0 && run.lines == QStringList(text)) ++right;
-            }
-        });
+    {
+        std::vector<std::jthread> threads(8);
+        for (int number = 0; number < 8; ++number) {
+            threads[static_cast<std::size_t>(number)] = std::jthread([number, &right] {
+                const QString text = QString::number(number);
+                for (int round = 0; round < 5; ++round) {
+                    if (runScript(u"echo "_s + text).lines == QStringList(text)) ++right;
+                }
+            });
+        }
     }
-    threads.clear();
     EXPECT_EQ(right, 40);
 }
 
-class ToolsFind : public testing::Test {
-  protected:
-    ToolsFind() { EXPECT_TRUE(QDir(folder_.path()).mkpath(u"a"_s) && QDir(folder_.path()).mkpath(u"b"_s)); }
-    ~ToolsFind() override { qputenv("PATH", path_); }
-
-    QString add(const QString& path, bool executable = true) {
-        QFile file(QDir(folder_.path()).absoluteFilePath(path));
+TEST(ToolsFind, ownFolderThenPathInOrderPassingOverWhatCannotRun) {
+    const QByteArray path = qgetenv("PATH");
+    const QTemporaryDir folder;
+    const QString name = u"velmora-test-tool"_s;
+    const auto add = [&name](const QString& place, QFile::Permissions permissions) {
+        QDir().mkpath(place);
+        QFile file(place + u'/' + name);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.setPermissions(executable ? QFile::ReadOwner | QFile::ExeOwner : QFile::ReadOwner);
-        return file.fileName();
-    }
-    void setPath(const QString& text) {
-        qputenv("PATH", QString(text).replace(u"~"_s, folder_.path()).toUtf8());
-    }
+        file.setPermissions(permissions);
+        return QUrl::fromLocalFile(file.fileName());
+    };
+    const QString a = folder.filePath(u"a"_s);
+    const QString b = folder.filePath(u"b"_s);
+    qputenv("PATH", (a + u"::"_s + b).toUtf8());
 
-    const QByteArray path_ = qgetenv("PATH");
-    const QTemporaryDir folder_;
-    const QString name_ = u"velmora-test-tool"_s;
-};
-
-TEST_F(ToolsFind, searchesPathInOrderAndPassesOverWhatCannotRun) {
-    const QUrl second = QUrl::fromLocalFile(add(u"b/"_s + name_));
-    setPath(u"~/a::~/b"_s);
-    EXPECT_EQ(Tools::find(name_), second);
-    const QString blocked = add(u"a/"_s + name_, false);
-    EXPECT_EQ(Tools::find(name_), second);
-    QFile::remove(blocked);
-    QDir(folder_.path()).mkpath(u"a/"_s + name_);
-    EXPECT_EQ(Tools::find(name_), second) << "a folder is no tool";
-    QDir(folder_.path()).rmpath(u"a/"_s + name_);
-    QDir(folder_.path()).mkpath(u"a"_s);
-    EXPECT_EQ(Tools::find(name_),
-              (add(u"a/"_s + name_), QUrl::fromLocalFile(folder_.filePath(u"a/"_s + name_))));
+    const QUrl second = add(b, QFile::ReadOwner | QFile::ExeOwner);
+    const QUrl first = add(a, QFile::ReadOwner);
+    EXPECT_EQ(Tools::find(name), second) << "not executable";
+    QFile::remove(first.toLocalFile());
+    QDir().mkpath(first.toLocalFile());
+    EXPECT_EQ(Tools::find(name), second) << "a folder is no tool";
+    QDir().rmdir(first.toLocalFile());
+    add(a, QFile::ReadOwner | QFile::ExeOwner);
+    EXPECT_EQ(Tools::find(name), first);
+    const QUrl own = add(QCoreApplication::applicationDirPath(), QFile::ReadOwner | QFile::ExeOwner);
+    EXPECT_EQ(Tools::find(name), own);
+    QFile::remove(own.toLocalFile());
     qunsetenv("PATH");
-    EXPECT_EQ(Tools::find(name_), std::nullopt);
-}
-
-TEST_F(ToolsFind, theProgramsOwnFolderComesFirst) {
-    const QString own = QCoreApplication::applicationDirPath() + u'/' + name_;
-    add(u"a/"_s + name_);
-    setPath(u"~/a"_s);
-    add(own);
-    EXPECT_EQ(Tools::find(name_), QUrl::fromLocalFile(own));
-    QFile::remove(own);
-    EXPECT_EQ(Tools::find(name_), QUrl::fromLocalFile(folder_.filePath(u"a/"_s + name_)));
+    EXPECT_EQ(Tools::find(name), std::nullopt);
+    qputenv("PATH", path);
 }
 
 }  // namespace

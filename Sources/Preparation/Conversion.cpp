@@ -16,17 +16,6 @@ using namespace Qt::StringLiterals;
 /// How much of what ffmpeg said the user gets to read.
 constexpr qsizetype quotedLines = 4;
 
-/// ffmpeg 5 ends with status 0 although it could not finish the file, whose index is missing or has been
-/// written over the first pictures; only its words tell.
-bool saysUnfinished(const QString& said) {
-    return said.contains("reserved_moov_size is too small"_L1) ||
-           said.contains("Error writing trailer of"_L1);
-}
-
-bool hasFailed(const Tools::Output& output) {
-    return output.status != 0 || saysUnfinished(output.stderrText());
-}
-
 QString lastLines(const QString& said) {
     const QStringList lines = said.split(u'\n', Qt::SkipEmptyParts);
     return lines.mid(std::max<qsizetype>(0, lines.size() - quotedLines)).join(u'\n');
@@ -59,6 +48,16 @@ Conversion::Attempt Conversion::attempt(bool faststart) const {
         if (const auto update = reader.read(line, elapsed.count())) onUpdate_(*update);
     };
     return Tools::run(job_.ffmpeg, arguments, stop_, onLine);
+}
+
+/// ffmpeg 5 ends with status 0 although it could not write the index (or wrote it over the first pictures),
+/// or could not read the movie to its end; only its words tell.
+bool Conversion::hasFailed(const Tools::Output& output) const {
+    const QStringList signs{u"reserved_moov_size is too small"_s, u"Error writing trailer of"_s,
+                            u"Error closing file"_s, job_.source.toLocalFile() + ": Input/output error"_L1};
+    const QString said = output.stderrText();
+    return output.status != 0 || std::any_of(signs.begin(), signs.end(),
+                                             [&said](const QString& sign) { return said.contains(sign); });
 }
 
 bool Conversion::lackedIndexRoom(const Attempt& attempt) const {

@@ -37,6 +37,7 @@ class Conversion {
     using Attempt = std::expected<Tools::Output, std::error_code>;
 
     [[nodiscard]] Attempt attempt(bool faststart) const;
+    [[nodiscard]] bool hasFailed(const Tools::Output& output) const;
     [[nodiscard]] bool lackedIndexRoom(const Attempt& attempt) const;
     [[nodiscard]] std::expected<void, PrepareError> outcome(const Attempt& attempt) const;
 

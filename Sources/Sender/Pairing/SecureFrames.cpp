@@ -71,7 +71,7 @@ std::expected<QByteArray, FrameOpener::Error> FrameOpener::open(QByteArrayView b
         text += *plain;
         rest = rest.sliced(lengthSize + sealedSize);
     }
-    pending_ = rest.toByteArray();
+    pending_.remove(0, pending_.size() - rest.size());
     return text;
 }
 

@@ -12,6 +12,7 @@
 #include <QHostInfo>
 
 #include <algorithm>
+#include <utility>
 
 namespace velmora {
 
@@ -34,15 +35,6 @@ constexpr auto lastRequests = 1s;
 
 // Past what RemotePlayback itself allows a television for its answer.
 constexpr auto stopPatience = 8s;
-
-QHostAddress preferredAddress(const QList<QHostAddress>& addresses) {
-    // A name's IPv6 address is often link-local, and useless without the interface.
-    const auto isIPv4 = [](const QHostAddress& address) {
-        return address.protocol() == QAbstractSocket::IPv4Protocol;
-    };
-    const auto found = std::ranges::find_if(addresses, isIPv4);
-    return found != addresses.end() ? *found : addresses.first();
-}
 
 bool isMoving(Phase phase) {
     return phase == Phase::playing || phase == Phase::paused;
@@ -67,22 +59,18 @@ void Casting::start() {
     const auto movie = resolveMovie(QUrl::fromLocalFile(line_.movies.first()));
     if (!movie) return fail(u"No movie found at %1."_s.arg(line_.movies.first()));
     movie_ = *movie;
-    const CommandLine::Television& television = line_.television;
-    receiver_.name = television.host;
-    receiver_.identifier = u"%1 %2"_s.arg(television.host).arg(television.port);
-    receiver_.port = television.port;
-    // Before the preparation, which may take long: a mistyped name shows at once.
-    if (receiver_.address.setAddress(television.host)) return prepare();
-    terminal_.showLine(TerminalText::fit(u"Looking up %1…"_s.arg(television.host), terminal_.look().columns));
-    lookup_ = QHostInfo::lookupHost(television.host, this, &Casting::takeAddress);
+    const QString& host = line_.television.host;
+    if (host.isEmpty()) return prepare();
+    // Looked up again when it is needed; but after a long preparation is no time to learn of a typing error.
+    terminal_.showLine(TerminalText::fit(u"Looking up %1…"_s.arg(host), terminal_.look().columns));
+    lookup_ = QHostInfo::lookupHost(host, this, &Casting::takeLookup);
 }
 
-void Casting::takeAddress(const QHostInfo& answer) {
+void Casting::takeLookup(const QHostInfo& answer) {
     lookup_.reset();
     terminal_.clearLine();
     if (answer.addresses().isEmpty())
-        return fail(u"There is no %1 on the network: %2."_s.arg(receiver_.name, answer.errorString()));
-    receiver_.address = preferredAddress(answer.addresses());
+        return fail(u"There is no %1 on the network: %2."_s.arg(answer.hostName(), answer.errorString()));
     prepare();
 }
 
@@ -111,9 +99,9 @@ void Casting::play(const PreparationJob::Prepared& prepared) {
 
     const double position = startPosition(prepared.duration);
     const QString file = prepared.result.file.toLocalFile();
-    logger().notice(u"playing %1 on %2 from %3s"_s.arg(QFileInfo(file).fileName(), receiver_.name)
+    logger().notice(u"playing %1 on %2 from %3s"_s.arg(QFileInfo(file).fileName(), line_.television.name)
                         .arg(static_cast<qint64>(position)));
-    playback_->play(receiver_, {file, prepared.duration, position});
+    playback_->play(line_.television, {file, prepared.duration, position});
     terminal_.startKeys();
     tick();
 }
@@ -143,7 +131,7 @@ void Casting::tellPhase(const RemotePlayback::State& state) {
     // On a terminal the line itself tells.
     if (terminal_.isInteractive()) return;
     if (state.phase == Phase::playing)
-        terminal_.print(u"Playing on %1"_s.arg(receiver_.name));
+        terminal_.print(u"Playing on %1"_s.arg(line_.television.name));
     else if (state.phase == Phase::paused)
         terminal_.print(u"Paused at %1"_s.arg(ProgressLine::clockTime(state.position)));
 }
@@ -151,7 +139,7 @@ void Casting::tellPhase(const RemotePlayback::State& state) {
 void Casting::redraw() {
     if (report_) report_->redraw();
     if (!playback_ || isOver_) return;
-    terminal_.showLine(ProgressLine::playing(playback_->state(), receiver_.name, terminal_.look()));
+    terminal_.showLine(ProgressLine::playing(playback_->state(), line_.television.name, terminal_.look()));
 }
 
 void Casting::tick() {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Sender/Receiver.h"
 #include "Sender/RemotePlayback.h"
 #include "System/Clock.h"
 #include "Terminal/CommandLine.h"
@@ -41,7 +40,7 @@ class Casting : public QObject {
     void finished(int exitStatus);
 
   private:
-    void takeAddress(const QHostInfo& answer);
+    void takeLookup(const QHostInfo& answer);
     void prepare();
     void takePrepared();
     void play(const PreparationJob::Prepared& prepared);
@@ -64,7 +63,6 @@ class Casting : public QObject {
     PositionMemory& memory_;
 
     QUrl movie_;
-    Receiver receiver_;
     std::optional<int> lookup_;
     PreparationJob job_;
     std::optional<PreparationReport> report_;

@@ -1,41 +1,12 @@
 #include "Terminal/CommandLine.h"
 
+#include <optional>
+
 namespace velmora {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-using Television = CommandLine::Television;
-
-constexpr quint16 airPlayPort = 7000;
-
-std::unexpected<QString> notATelevision(const QString& text) {
-    return std::unexpected(u"“%1” names no television; write HOST or HOST:PORT"_s.arg(text));
-}
-
-/// The port after the host: empty, or a colon and a number from 1 to 65535.
-std::optional<quint16> parsePort(QStringView text) {
-    if (text.isEmpty()) return airPlayPort;
-    bool isNumber = false;
-    const quint16 port = text.sliced(1).toUShort(&isNumber);
-    return text.startsWith(u':') && isNumber && port > 0 ? std::optional(port) : std::nullopt;
-}
-
-std::expected<Television, QString> parseTelevision(const QString& text) {
-    const bool isBracketed = text.startsWith(u'[');
-    // Two colons and no bracket: an IPv6 address, and all of it the host.
-    const bool isBareAddress = !isBracketed && text.count(u':') > 1;
-    const qsizetype colon = text.indexOf(u':');
-    const qsizetype hostEnd = isBracketed                    ? text.indexOf(u']')
-                              : isBareAddress || colon == -1 ? text.size()
-                                                             : colon;
-    if (hostEnd < 0) return notATelevision(text);
-    const QString host = isBracketed ? text.sliced(1, hostEnd - 1) : text.first(hostEnd);
-    const auto port = parsePort(QStringView(text).sliced(isBracketed ? hostEnd + 1 : hostEnd));
-    if (host.isEmpty() || host.startsWith(u'-') || !port) return notATelevision(text);
-    return Television{host, *port};
-}
 
 /// Reads the arguments one by one; what it has read stands in `line` and `television`.
 class Parser {
@@ -78,7 +49,8 @@ class Parser {
     std::expected<void, QString> readTelevision(const QString& argument) {
         const qsizetype equals = argument.indexOf(u'=');
         if (equals < 0 && rest_.isEmpty()) return std::unexpected(u"--to wants a television after it"_s);
-        const auto television = parseTelevision(equals < 0 ? rest_.takeFirst() : argument.sliced(equals + 1));
+        const QString text = equals < 0 ? rest_.takeFirst() : argument.sliced(equals + 1);
+        const auto television = Receiver::fromText(text);
         if (!television) return std::unexpected(television.error());
         television_ = *television;
         return {};
@@ -112,7 +84,7 @@ class Parser {
 
     QStringList rest_;
     CommandLine line_;
-    std::optional<Television> television_;
+    std::optional<Receiver> television_;
     bool prepareOnly_ = false;
 };
 

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "Sender/Receiver.h"
+
 #include <QString>
 #include <QStringList>
 
 #include <expected>
-#include <optional>
 
 namespace velmora {
 
@@ -12,16 +13,9 @@ namespace velmora {
 struct CommandLine {
     enum class Action { cast, prepareOnly, help, version };
 
-    struct Television {
-        QString host;  ///< name or literal address; IPv6 without brackets
-        quint16 port = 0;
-
-        bool operator==(const Television&) const = default;
-    };
-
     Action action = Action::cast;
-    Television television;  ///< for `cast`
-    QStringList movies;     ///< exactly one for `cast`, at least one for `prepareOnly`
+    Receiver television;  ///< for `cast`
+    QStringList movies;   ///< exactly one for `cast`, at least one for `prepareOnly`
     bool startOver = false;
     bool reEncode = false;
 

@@ -123,7 +123,7 @@ Sidecar describe(const QString& path, const QString& base, const QSet<QString>& 
     sidecar.modified = file.lastModified().isValid() ? file.lastModified() : distantPast();
     sidecar.language = Language::fromFilename(name, base);
     if (const std::optional<SubtitleText> text = SubtitleText::read(path)) {
-        if (!text->isUtf8) sidecar.encoding = u"CP1252"_s;
+        if (!text->isUnicode) sidecar.encoding = u"CP1252"_s;
         if (!sidecar.language) sidecar.language = Language::detect(text->text);
     }
     sidecar.isForced = tokens.contains(u"forced"_s);

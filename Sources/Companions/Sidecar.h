@@ -16,7 +16,7 @@ struct Sidecar {
     QUrl url;
     std::optional<QString> language;  ///< ISO 639-2/T code
     QDateTime modified;               ///< the first day of year 1 when it cannot be read
-    std::optional<QString> encoding;  ///< "CP1252" when the text is not valid UTF-8
+    std::optional<QString> encoding;  ///< "CP1252" when the text is not Unicode
     bool isForced = false;
     bool isSDH = false;  ///< for the deaf and hard of hearing
     qint64 score = 0;    ///< how well the name matches the movie's; higher is better

@@ -19,26 +19,32 @@ constexpr qint64 mostRead = 1 << 26;
 /// A character is rarely more than a few code units; text beyond this is not collected.
 constexpr qsizetype mostCodeUnits = 4 * SubtitleText::longest;
 
-/// Decodes bytes that arrive in pieces, keeping what both readings of them need.
+bool hasUtf16Mark(QByteArrayView bytes) {
+    return bytes.startsWith(QByteArrayView("\xFF\xFE", 2)) || bytes.startsWith(QByteArrayView("\xFE\xFF", 2));
+}
+
+/// Decodes bytes that arrive in pieces, of which the first has at least two, keeping what both readings of
+/// them need.
 class Decoder {
   public:
     void add(QByteArrayView piece) {
+        if (head_.isEmpty() && hasUtf16Mark(piece)) unicode_ = QStringDecoder(QStringDecoder::Utf16);
         if (head_.size() < SubtitleText::longest) {
             head_.append(piece.first(std::min(piece.size(), SubtitleText::longest - head_.size())));
         }
-        const QString decoded = utf8_(piece);
+        const QString decoded = unicode_(piece);
         if (text_.size() < mostCodeUnits) text_.append(decoded);
     }
 
-    [[nodiscard]] bool isUtf8() const { return !utf8_.hasError(); }
+    [[nodiscard]] bool isUnicode() const { return hasUtf16Mark(head_) || !unicode_.hasError(); }
 
     /// `isWhole`: the last piece was the end of the file.
     [[nodiscard]] SubtitleText finish(bool isWhole) {
         // A character that the end cut short shows as an error only when something follows it.
         if (isWhole) [[maybe_unused]]
-            const QString end = utf8_(QByteArrayView("\n", 1));
-        const QString text = isUtf8() ? text_ : codePage1252();
-        return {isUtf8(), Names::first(text, SubtitleText::longest)};
+            const QString end = unicode_(QByteArrayView("\n", 1));
+        const QString text = isUnicode() ? text_ : codePage1252();
+        return {isUnicode(), Names::first(text, SubtitleText::longest)};
     }
 
   private:
@@ -53,7 +59,7 @@ class Decoder {
         return U_FAILURE(status) ? QString() : text.left(length);
     }
 
-    QStringDecoder utf8_{QStringDecoder::Utf8};
+    QStringDecoder unicode_{QStringDecoder::Utf8};
     QByteArray head_;
     QString text_;
 };
@@ -70,7 +76,7 @@ std::optional<SubtitleText> SubtitleText::read(const QString& path) {
         if (piece.isEmpty()) break;
         total += piece.size();
         decoder.add(piece);
-        if (!decoder.isUtf8() && total >= longest) return decoder.finish(false);
+        if (!decoder.isUnicode() && total >= longest) return decoder.finish(false);
     }
     if (file.error() != QFileDevice::NoError) return {};
     return decoder.finish(total < mostRead);

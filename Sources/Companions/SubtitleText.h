@@ -13,8 +13,10 @@ struct SubtitleText {
     /// How much of a file in an old encoding is decoded, in bytes, and of any text is kept, in characters.
     static constexpr qsizetype longest = 120'000;
 
-    bool isUtf8 = true;  ///< otherwise it is taken for Windows code page 1252
-    QString text;        ///< at most `longest` characters
+    /// UTF-8, or UTF-16 that says so by its mark, which ffmpeg recodes unasked. Otherwise the text is taken
+    /// for Windows code page 1252.
+    bool isUnicode = true;
+    QString text;  ///< at most `longest` characters
 
     /// Reads the file once, in pieces; a file of any size takes little memory. Files beyond 64 MiB are judged
     /// by that much: no subtitle is that long. Absent when it cannot be read.

@@ -119,7 +119,7 @@ TEST(Sidecar, describesTheText) {
     EXPECT_EQ(found[3].modified.date(), QDate(1, 1, 1));
 }
 
-TEST(SubtitleText, tellsUtf8FromOldEncodings) {
+TEST(SubtitleText, tellsUnicodeFromOldEncodings) {
     const std::map<QByteArray, bool> rows = {
         {"", true},
         {"\xEF\xBB\xBF"
@@ -133,10 +133,13 @@ TEST(SubtitleText, tellsUtf8FromOldEncodings) {
         {"\xED\xA0\x80", false},
         {"\xF4\x90\x80\x80", false},
         {"\x93Zeit\x94", false},
+        {QByteArray("\xFF\xFE\xE9\0", 4), true},
+        {QByteArray("\xFE\xFF\0\xE9", 4), true},
     };
-    for (const auto& [bytes, isUtf8] : rows) {
-        EXPECT_EQ(SubtitleText::decode(bytes).isUtf8, isUtf8) << bytes.toHex().constData();
+    for (const auto& [bytes, isUnicode] : rows) {
+        EXPECT_EQ(SubtitleText::decode(bytes).isUnicode, isUnicode) << bytes.toHex().constData();
     }
+    EXPECT_EQ(SubtitleText::decode(QByteArrayView("\xFE\xFF\0\xE9", 4)).text, u"\u00E9"_s);
     EXPECT_EQ(SubtitleText::decode("\x93Zeit\x94 \x80").text, u"\u201CZeit\u201D \u20AC"_s);
 }
 
@@ -145,12 +148,12 @@ TEST(SubtitleText, judgesALongFileAsAWholeButKeepsLittle) {
     const QByteArray character = QByteArrayLiteral("\xF0\x9F\x8E\xAC");
     folder.write(u"long.srt"_s, "abc" + character.repeated(200'000));
     const SubtitleText good = SubtitleText::read(folder.path(u"long.srt"_s)).value_or(SubtitleText{});
-    EXPECT_TRUE(good.isUtf8);
+    EXPECT_TRUE(good.isUnicode);
     EXPECT_EQ(good.text, u"abc"_s + u"\U0001F3AC"_s.repeated(SubtitleText::longest - 3));
 
     folder.write(u"long.srt"_s, character.repeated(200'000) + "\xE9");
     const SubtitleText bad = SubtitleText::read(folder.path(u"long.srt"_s)).value_or(SubtitleText{});
-    EXPECT_FALSE(bad.isUtf8);
+    EXPECT_FALSE(bad.isUnicode);
     EXPECT_EQ(bad.text.size(), SubtitleText::longest);
 }
 

@@ -1,10 +1,8 @@
 #include "Diagnostics/Log.h"
 
-#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QTime>
 
 #include <gtest/gtest.h>
 
@@ -29,16 +27,13 @@ class Log : public testing::Test {
         Diagnostics::setStandardErrorFallback(true);
     }
 
-    [[nodiscard]] static QString contents(const QString& folder) {
-        QFile file(folder + u"/Logs/Velmora/velmora.log"_s);
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : u"(no file)"_s;
-    }
-    [[nodiscard]] QString contents() const { return contents(state_.path()); }
     /// The log with each time stamp replaced by T.
     [[nodiscard]] QString withoutTimes() const {
         static const QRegularExpression time(u"^\\d\\d:\\d\\d:\\d\\d\\.\\d{3} "_s,
                                              QRegularExpression::MultilineOption);
-        return contents().replace(time, u"T "_s);
+        QFile file(state_.filePath(u"Logs/Velmora/velmora.log"_s));
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).replace(time, u"T "_s)
+                                              : u"no file"_s;
     }
 
     const QByteArray before_ = qgetenv("XDG_STATE_HOME");
@@ -53,14 +48,6 @@ TEST_F(Log, everyStartAppendsLines) {
     }
     Diagnostics().notice(u"one\ntwo %1"_s);
     EXPECT_EQ(withoutTimes(), u"T [notice] probe: été\nT [error] \nT [notice] one\ntwo %1\n"_s);
-}
-
-TEST_F(Log, theTimeIsTheLocalTimeOfTheCall) {
-    const QTime earliest = QTime::currentTime();
-    Diagnostics().notice(u"now"_s);
-    const QTime written = QTime::fromString(contents().left(12), u"HH:mm:ss.zzz"_s);
-    EXPECT_TRUE(written.isValid());
-    EXPECT_LT(earliest.msecsTo(written), 60'000);
 }
 
 TEST_F(Log, linesOfManyThreadsAndTwoWritersStayWhole) {
@@ -87,13 +74,6 @@ TEST_F(Log, linesOfManyThreadsAndTwoWritersStayWhole) {
         EXPECT_EQ(words[4], filler);
     }
     EXPECT_EQ(next, std::vector<int>(threadCount, lineCount));
-}
-
-TEST_F(Log, aRelativeStateFolderIsIgnored) {
-    qputenv("XDG_STATE_HOME", "relative");
-    Diagnostics().notice(u"at home"_s);
-    EXPECT_TRUE(contents(QDir::homePath() + u"/.local/state"_s).endsWith(u"at home\n"_s));
-    EXPECT_FALSE(QFile::exists(u"relative"_s));
 }
 
 TEST_F(Log, standardErrorStandsInUnlessToldNotTo) {

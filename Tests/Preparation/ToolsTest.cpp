@@ -12,11 +12,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <thread>
-#include <vector>
+#include <utility>
 
 namespace velmora {
 namespace {
@@ -47,11 +46,7 @@ Ended runScript(const QString& script, const std::stop_token& stop = {},
 }
 
 TEST(ToolsRun, onlyLineFeedsEndLines) {
-    struct Case {
-        QString script;
-        QStringList lines;
-    };
-    const Case cases[] = {
+    const std::pair<QString, QStringList> cases[] = {
         {u"printf 'a\\nb'"_s, {u"a"_s, u"b"_s}},
         {u"printf 'a\\r\\n'"_s, {u"a\r"_s}},
         {u"printf '\\n\\n'"_s, {u""_s, u""_s}},
@@ -62,24 +57,20 @@ TEST(ToolsRun, onlyLineFeedsEndLines) {
         {u"printf 'a\\377b\\n'"_s, {u"a\uFFFDb"_s}},
         {u"printf 'no line' >&2"_s, {}},
     };
-    for (const Case& testCase : cases) {
-        EXPECT_EQ(runScript(testCase.script).lines, testCase.lines) << qPrintable(testCase.script);
-    }
+    for (const auto& [script, lines] : cases) EXPECT_EQ(runScript(script).lines, lines) << qPrintable(script);
 }
 
-TEST(ToolsRun, anUnhappyEndIsAResult) {
+TEST(ToolsRun, anUnhappyEndIsAResultAndNoStartAnError) {
     const Tools::Output failed = runScript(u"printf 'a\\377'; printf 'b\\377' >&2; exit 3"_s).output;
     EXPECT_EQ(failed.status, 3);
     EXPECT_EQ(failed.standardOutput, "a\xff");
     EXPECT_EQ(failed.stderrText(), u"b\uFFFD"_s);
     EXPECT_EQ(runScript(u"kill -KILL $$"_s).output.status, 128 + SIGKILL);
     EXPECT_EQ(runScript(u"exec >&- 2>&-; sleep 0.05; exit 5"_s).output.status, 5);
-}
-
-TEST(ToolsRun, whatCannotBeStartedIsAnError) {
-    const auto start = [](const QString& path) { return Tools::run(QUrl::fromLocalFile(path), {}).error(); };
-    EXPECT_EQ(start(u"/nowhere/ffmpeg"_s), std::errc::no_such_file_or_directory);
-    EXPECT_EQ(start(u"/proc/self/maps"_s), std::errc::permission_denied);
+    EXPECT_EQ(Tools::run(QUrl::fromLocalFile(u"/nowhere/ffmpeg"_s), {}).error(),
+              std::errc::no_such_file_or_directory);
+    EXPECT_EQ(Tools::run(QUrl::fromLocalFile(u"/proc/self/maps"_s), {}).error(),
+              std::errc::permission_denied);
 }
 
 TEST(ToolsRun, bothPipesAreDrainedWithAndWithoutLines) {
@@ -111,11 +102,9 @@ TEST(ToolsRun, theChildFindsCleanSurroundings) {
 }
 
 TEST(ToolsRun, aGrandchildCannotHoldItUp) {
-    const auto start = std::chrono::steady_clock::now();
     const Ended run = runScript(u"sleep 60 & echo $!"_s);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 30s);
     ASSERT_EQ(run.lines.size(), 1);
-    EXPECT_EQ(kill(run.lines.first().toInt(), SIGKILL), 0);
+    EXPECT_EQ(kill(run.lines.first().toInt(), SIGKILL), 0) << "it has not waited for the grandchild";
 }
 
 TEST(ToolsRun, aStopEndsTheChildAtOnceAndKeepsItsOutput) {
@@ -165,22 +154,6 @@ TEST(ToolsRun, theChildDiesWithAKilledParent) {
     waitpid(parent, nullptr, 0);
     EXPECT_EQ(poll(&ended, 1, 30'000), 1);
     for (const int descriptor : {ended.fd, numbers[0], numbers[1]}) close(descriptor);
-}
-
-TEST(ToolsRun, manyAtOnce) {
-    std::atomic<int> right = 0;
-    {
-        std::vector<std::jthread> threads(8);
-        for (int number = 0; number < 8; ++number) {
-            threads[static_cast<std::size_t>(number)] = std::jthread([number, &right] {
-                const QString text = QString::number(number);
-                for (int round = 0; round < 5; ++round) {
-                    if (runScript(u"echo "_s + text).lines == QStringList(text)) ++right;
-                }
-            });
-        }
-    }
-    EXPECT_EQ(right, 40);
 }
 
 TEST(ToolsFind, ownFolderThenPathInOrderPassingOverWhatCannotRun) {

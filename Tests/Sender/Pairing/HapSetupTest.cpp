@@ -171,6 +171,23 @@ TEST(HapSetupTest, refusesEveryCutOrChangedAnswer) {
     EXPECT_TRUE(sender.finish(m6));
 }
 
+// Sealed under the right key, but not signed with the long-term key that it shows.
+TEST(HapSetupTest, refusesIdentitiesThatAreNotSigned) {
+    HapPinSetup sender = knownSender();
+    HapSetupReceiver receiver = knownReceiver();
+    ASSERT_TRUE(sender.takeChallenge(receiver.answer(sender.start())));
+    ASSERT_TRUE(sender.introduce(receiver.answer(*sender.prove(pin))));
+    const QByteArray plain = vector("pin.M6.plain");
+    const auto finish = [&](const QByteArray& identity) {
+        const Secret key = HapMessages::setupKey(secretVector("pin.K"));
+        const QByteArray sealed = HapMessages::seal(key, "PS-Msg06", identity);
+        return HapPinSetup(sender).finish(HapMessages::message(6, {{Tlv8::Tag::encryptedData, sealed}}));
+    };
+    for (qsizetype i = 0; i < plain.size(); ++i)
+        EXPECT_EQ(finish(damaged(plain, i)).error(), PairingError{Kind::untrusted}) << i;
+    EXPECT_TRUE(finish(plain));
+}
+
 TEST(HapSetupTest, nothingWorksTwiceOrOutOfOrder) {
     HapPinSetup sender = knownSender();
     HapSetupReceiver receiver = knownReceiver();

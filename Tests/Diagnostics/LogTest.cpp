@@ -92,7 +92,8 @@ TEST_F(Log, standardErrorStandsInUnlessToldNotTo) {
 TEST_F(Log, nothingIsLostAtExit) {
     const auto logUntilTheEnd = [] {
         std::atexit([] { logger().notice(u"after the log's own end"_s); });
-        for (int line = 0; line < 1000; ++line) logger().notice(QString::number(line));
+        // Long enough for the process to be gone before it is written, if nobody waited.
+        logger().notice(QString(1 << 24, u'x') + u" last"_s);
         std::thread([] {
             while (true) logger().error(u"still running"_s);
         }).detach();
@@ -100,7 +101,7 @@ TEST_F(Log, nothingIsLostAtExit) {
     };
     EXPECT_EXIT(logUntilTheEnd(), testing::ExitedWithCode(0), "");
     const QString written = withoutTimes();
-    for (int line = 0; line < 1000; ++line) ASSERT_TRUE(written.contains(u"T [notice] %1\n"_s.arg(line)));
+    EXPECT_TRUE(written.contains(u"x last\n"_s));
     EXPECT_TRUE(written.contains(u"after the log's own end\n"_s));
 }
 

@@ -115,7 +115,7 @@ TEST(ToolsRun, aStopEndsTheChildAtOnceAndKeepsItsOutput) {
     };
     const Case cases[] = {{u"echo ready; exec sleep 60"_s, 60s, 128 + SIGTERM},
                           {u"trap '' TERM; echo ready; exec sleep 60"_s, 50ms, 128 + SIGKILL},
-                          {u"trap 'exit 7' TERM; echo ready; sleep 60"_s, 60s, 7}};
+                          {u"trap 'exit 7' TERM; echo ready; while :; do sleep 0.01; done"_s, 60s, 7}};
     for (const Case& testCase : cases) {
         std::stop_source source;
         std::jthread stopper;

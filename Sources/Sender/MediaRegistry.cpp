@@ -43,6 +43,10 @@ void count(MediaServer::Activity& activity, const PublishedFile& file, const Byt
     activity.readPastIndex = activity.furthestByte >= std::min(indexSpan, file.size());
 }
 
+void tell(const QString& what, const QHostAddress& client) {
+    logger().notice(QStringLiteral("media server: %1 %2").arg(what, client.toString()));
+}
+
 }  // namespace
 
 void MediaRegistry::add(const File& file) {
@@ -104,8 +108,7 @@ MediaRegistry::Answer MediaRegistry::request(Connection& connection, const QByte
     const File& file = entry->file;
     Activity& activity = entry->activity;
     if (!file->isFor(connection.client)) {
-        if (activity.refused++ == 0)
-            logger().notice(QStringLiteral("Media server: refused %1.").arg(connection.client.toString()));
+        if (activity.refused++ == 0) tell(QStringLiteral("refused"), connection.client);
         return {};
     }
 
@@ -114,7 +117,10 @@ MediaRegistry::Answer MediaRegistry::request(Connection& connection, const QByte
     if (range.kind == ByteRange::Kind::unsatisfiable) return {file, range};
     activity.requests += 1;
     activity.lastRequest = std::chrono::steady_clock::now();
-    if (!activity.firstRequest) activity.firstRequest = activity.lastRequest;
+    if (!activity.firstRequest) {
+        activity.firstRequest = activity.lastRequest;
+        tell(QStringLiteral("first request from"), connection.client);
+    }
     if (isGet) {
         activity.mediaRequests += 1;
         connection.file = file;

@@ -224,6 +224,7 @@ TEST(HapSetupTest, tellsErrorsApart) {
         {"070107", {Kind::busy}},
         {"06010207020100", {Kind::malformed}},
         {"060104", {Kind::malformed}},
+        {"060102020f000000000000000000000000000000030102", {Kind::malformed}},
         {"0601020210"
          "00000000000000000000000000000000",
          {Kind::malformed}},

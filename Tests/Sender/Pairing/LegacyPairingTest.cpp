@@ -88,6 +88,24 @@ TEST(LegacyPairingTest, refusesWrongPinsAndProofs) {
     }
 }
 
+// The nonce counts up as one number of 16 bytes.
+TEST(LegacyPairingTest, carriesInTheNonce) {
+    const auto half = [](QByteArrayView label, const Secret& session) {
+        return Crypto::digest(Crypto::Hash::sha512, {label, session}).first(16).toByteArray();
+    };
+    Secret session;
+    QByteArray nonce;
+    for (int i = 0; !nonce.endsWith('\xFF'); ++i) {
+        session = Secret(QByteArrayView(QByteArray::number(i)));
+        nonce = half("Pair-Setup-AES-IV", session);
+    }
+    nonce[15] = 0;
+    ++nonce.data()[14];
+    const QByteArray key(32, 'k');
+    const auto sealed = LegacyPairing::seal(session, LegacyPairing::Side::sender, key);
+    EXPECT_EQ(Crypto::openAes(half("Pair-Setup-AES-Key", session), nonce, sealed.epk + sealed.authTag), key);
+}
+
 TEST(LegacyPairingTest, verifiesWithTheKnownMessages) {
     LegacyVerify sender({ours(), vector("legacy.recv_pk")}, scripted({"lverify.x_priv"}));
     EXPECT_EQ(sender.start(), vector("lverify.request1"));

@@ -81,7 +81,11 @@ TEST(SecureFramesTest, refusesRepeatedSwappedAndMissingFrames) {
     const QByteArray one = sealer.seal("one");
     const QByteArray two = sealer.seal("two");
     const QByteArray sequences[] = {one + one, two, two + one, one + two + two, one + two + one};
-    for (const QByteArray& frames : sequences) EXPECT_FALSE(FrameOpener(key()).open(frames));
+    for (const QByteArray& frames : sequences) {
+        FrameOpener opener(key());
+        EXPECT_FALSE(opener.open(frames));
+        EXPECT_FALSE(opener.open({})) << "not even when its turn would come";
+    }
     EXPECT_FALSE(FrameOpener(secretVector("verify.control_read")).open(one)) << "the other direction";
     EXPECT_EQ(FrameOpener(key()).open(one + two), QByteArray("onetwo"));
 }

@@ -90,7 +90,7 @@ void Casting::takePrepared() {
     play(*outcome);
 }
 
-void Casting::play(const PreparationJob::Prepared& prepared) {
+void Casting::play(const PreparedMovie& prepared) {
     auto server = MediaServer::start();
     if (!server) return fail(server.error());
     server_ = std::move(*server);
@@ -211,8 +211,9 @@ QString Casting::farewell(const RemotePlayback::State& state) const {
 }
 
 void Casting::interrupt() {
+    if (isOver_) return;  // on the way out already
     isInterrupted_ = true;
-    if (playback_ && !isOver_) return stop();
+    if (playback_) return stop();
     if (report_) return job_.cancel();
     finish(interruptedStatus);
 }

@@ -43,7 +43,7 @@ class Casting : public QObject {
     void takeLookup(const QHostInfo& answer);
     void prepare();
     void takePrepared();
-    void play(const PreparationJob::Prepared& prepared);
+    void play(const PreparedMovie& prepared);
     [[nodiscard]] double startPosition(double duration);
     void takeState();
     void tellPhase(const RemotePlayback::State& state);

@@ -15,6 +15,7 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -81,5 +82,9 @@ int main(int argc, char** argv) {
     qInstallMessageHandler(logRemark);
     const QCoreApplication application(argc, argv);
     const auto line = CommandLine::parse(QCoreApplication::arguments().sliced(1));
-    return line ? act(*line, drawsBlocks) : explainUsage(line.error());
+    const int status = line ? act(*line, drawsBlocks) : explainUsage(line.error());
+    if (status != interruptedStatus) return status;
+    // Qt would wait here for the lookup of a name that nobody answers, and a lookup cannot be cancelled.
+    logger().finish();
+    std::_Exit(status);
 }

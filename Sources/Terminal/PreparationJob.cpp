@@ -16,7 +16,7 @@ PreparationJob::Outcome prepare(const QUrl& movie, bool reEncode, const Preparer
                                 const std::stop_token& stop) {
     const auto result = Preparer().prepare(movie, reEncode, onUpdate, stop);
     if (!result) return std::unexpected(result.error());
-    return PreparationJob::Prepared{*result, durationOf(result->file, stop)};
+    return PreparedMovie{*result, durationOf(result->file, stop)};
 }
 
 }  // namespace

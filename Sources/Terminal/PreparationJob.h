@@ -10,17 +10,18 @@
 
 namespace velmora {
 
+struct PreparedMovie {
+    Preparer::Result result;
+    double duration = 0;  ///< of the file to play, in seconds; 0 when unknown
+};
+
 /// One preparation on a thread of its own, its news brought to the main thread. Destroying it cancels the
 /// preparation and waits for it.
 class PreparationJob : public QObject {
     Q_OBJECT
 
   public:
-    struct Prepared {
-        Preparer::Result result;
-        double duration = 0;  ///< of the file to play, in seconds; 0 when unknown
-    };
-    using Outcome = std::expected<Prepared, PrepareError>;
+    using Outcome = std::expected<PreparedMovie, PrepareError>;
 
     using QObject::QObject;
     ~PreparationJob() override;

@@ -7,7 +7,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QTest>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -74,6 +74,12 @@ class KodiTest : public testing::Test {
     std::optional<KodiReceiver> kodi_;
 };
 
+template <typename Condition>
+bool eventually(Condition condition) {
+    for (int attempt = 0; attempt < 60 && !condition(); ++attempt) QThread::msleep(200);
+    return condition();
+}
+
 /// The position that the line on the terminal shows last.
 double shownPosition(OnTerminal& cast) {
     static const QRegularExpression times(u"(\\d+):(\\d\\d) / 2:00"_s);
@@ -103,12 +109,11 @@ TEST_F(KodiTest, PlaysPausesSeeksStopsAndResumes) {
     EXPECT_EQ(kodi_->player().value(u"speed"_s).toInt(), 0);
     const double before = kodi_->position();
     cast.type("\x1b[C\x1b[C");
-    EXPECT_TRUE(
-        QTest::qWaitFor([&] { return std::abs(kodi_->position() - before - 20) < tolerance; }, 10000));
+    EXPECT_TRUE(eventually([&] { return std::abs(kodi_->position() - before - 20) < tolerance; }));
     expectAgreement(cast, *kodi_);
     cast.type(" ");
     ASSERT_TRUE(cast.shows("Playing on"));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return kodi_->position() > before + 22; }, 10000));
+    EXPECT_TRUE(eventually([&] { return kodi_->position() > before + 22; }));
     expectAgreement(cast, *kodi_);
     const double left = kodi_->position();
     cast.type("q");
@@ -131,10 +136,10 @@ TEST_F(KodiTest, ShowsPictureAndSubtitles) {
     OnTerminal cast(QStringLiteral(VELMORA_CAST), arguments());
     ASSERT_TRUE(cast.shows("Playing on")) << cast.screen().constData();
     // The television's own display of the start is gone by then.
-    ASSERT_TRUE(QTest::qWaitFor([&] { return kodi_->position() > 8; }, 20000));
+    ASSERT_TRUE(eventually([&] { return kodi_->position() > 8; }));
     const double with = kodi_->whiteBelow(QStringLiteral(SCREENSHOTS "/subtitles-on.png"));
     kodi_->showSubtitles(false);
-    QTest::qWait(1000);
+    QThread::msleep(1000);
     const double without = kodi_->whiteBelow(QStringLiteral(SCREENSHOTS "/subtitles-off.png"));
     EXPECT_GT(with, 0.005);
     EXPECT_LT(without, 0.0005);

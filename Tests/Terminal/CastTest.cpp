@@ -1,3 +1,4 @@
+#include "Television/Television.h"
 #include "Terminal/Cast.h"
 #include "Terminal/OnTerminal.h"
 
@@ -8,6 +9,7 @@
 using namespace Qt::StringLiterals;
 using velmora::test::CastTest;
 using velmora::test::OnTerminal;
+using velmora::test::Television;
 
 namespace {
 
@@ -100,6 +102,61 @@ TEST_F(CastTest, CrashShowsTheCursorAgain) {
 #ifndef __SANITIZE_ADDRESS__
     EXPECT_GT(cast.screen().lastIndexOf("\x1b[?25h"), cast.screen().lastIndexOf("\x1b[?25l"));
 #endif
+}
+
+/// A movie that plays, and a television to play it on.
+class CastingTest : public CastTest {
+  protected:
+    CastingTest() {
+        scriptFfmpeg(
+            "exec ffmpeg -v error -f lavfi -i color=size=64x64:rate=2:duration=100 -c:v libx264 -movflags "
+            "+faststart -f mp4 \"$output\"\n");
+        EXPECT_TRUE(television_.listen());
+    }
+    [[nodiscard]] QStringList arguments() {
+        return {u"--to"_s, u"127.0.0.1:%1"_s.arg(television_.receiver().port), addMovie(u"Movie.mkv"_s)};
+    }
+
+    velmora::SystemClock clock_;
+    Television television_{clock_, {}};
+};
+
+TEST_F(CastingTest, PlaysSteersStopsAndResumes) {
+    using enum velmora::test::SimulatedPlayer::State;
+    OnTerminal cast(program_, arguments());
+    ASSERT_TRUE(cast.shows("Playing on 127.0.0.1")) << cast.screen().constData();
+    EXPECT_FALSE(cast.echoes());
+    cast.type(" ");
+    ASSERT_TRUE(cast.shows("Paused on"));
+    EXPECT_EQ(television_.player().state(), paused);
+    const double before = television_.player().position();
+    // Faster than the television follows: each counts.
+    cast.type("\x1b[C\x1b[C\x1b[C\x1b[D");
+    EXPECT_TRUE(cast.waitFor([&] { return std::abs(television_.player().position() - before - 20) < 1; }));
+    cast.type(" ");
+    ASSERT_TRUE(cast.shows("Playing on"));
+    cast.type("q");
+    EXPECT_EQ(cast.wait(), 0);
+    EXPECT_TRUE(cast.screen().contains("The next start resumes at 0:2"));
+    EXPECT_TRUE(cast.echoes());
+    EXPECT_EQ(television_.player().state(), idle);
+
+    OnTerminal again(program_, arguments());
+    ASSERT_TRUE(again.shows("Resuming at 0:2"));
+    ASSERT_TRUE(again.shows("Playing on"));
+    EXPECT_NEAR(television_.player().position(), before + 20, 5);
+    again.type("\x03");
+    EXPECT_EQ(again.wait(), 130);
+    EXPECT_EQ(television_.player().state(), idle);
+    EXPECT_EQ(television_.complaints(), QStringList());
+}
+
+TEST_F(CastingTest, SaysWhyNothingPlays) {
+    // Nobody listens on the port that throws everything away.
+    const Ran ran = run(program_, {u"--to"_s, u"127.0.0.1:9"_s, addMovie(u"Movie.mkv"_s)});
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_TRUE(ran.errors.contains("127.0.0.1")) << ran.errors.constData();
+    EXPECT_TRUE(ran.output.isEmpty());
 }
 
 }  // namespace

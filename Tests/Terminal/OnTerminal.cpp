@@ -1,5 +1,6 @@
 #include "Terminal/OnTerminal.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <gtest/gtest.h>
@@ -45,25 +46,28 @@ void OnTerminal::type(const QByteArray& keys) {
     ASSERT_EQ(write(terminal_, keys.constData(), static_cast<size_t>(keys.size())), keys.size());
 }
 
-bool OnTerminal::readMore(int milliseconds) {
+bool OnTerminal::readMore() {
+    // A television may live in this very process.
+    QCoreApplication::processEvents();
     pollfd ready{terminal_, POLLIN, 0};
-    if (poll(&ready, 1, milliseconds) <= 0) return true;
+    if (poll(&ready, 1, 20) <= 0) return true;
     std::array<char, 4096> buffer;
     const ssize_t count = read(terminal_, buffer.data(), buffer.size());
     if (count > 0) screen_.append(buffer.data(), count);
     return count > 0;
 }
 
-bool OnTerminal::shows(const QByteArray& text) {
+bool OnTerminal::waitFor(const std::function<bool()>& condition) {
     const auto end = SteadyClock::now() + patience;
-    while (SteadyClock::now() < end) {
-        if (const qsizetype found = screen_.indexOf(text, seen_); found >= 0) {
-            seen_ = found + text.size();
-            return true;
-        }
-        if (!readMore(100)) break;
+    while (!condition() && SteadyClock::now() < end && readMore()) {
     }
-    return screen_.indexOf(text, seen_) >= 0;
+    return condition();
+}
+
+bool OnTerminal::shows(const QByteArray& text) {
+    const bool shown = waitFor([&] { return screen_.indexOf(text, seen_) >= 0; });
+    if (shown) seen_ = screen_.indexOf(text, seen_) + text.size();
+    return shown;
 }
 
 bool OnTerminal::echoes() const {
@@ -76,7 +80,7 @@ int OnTerminal::wait() {
     const auto end = SteadyClock::now() + patience;
     int status = 0;
     while (SteadyClock::now() < end) {
-        readMore(20);
+        readMore();
         if (waitpid(pid_, &status, WNOHANG) != pid_) continue;
         pid_ = -1;
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);

@@ -6,6 +6,8 @@
 
 #include <sys/types.h>
 
+#include <functional>
+
 namespace velmora::test {
 
 /// A program on a terminal of its own, 80 columns wide.
@@ -19,6 +21,8 @@ class OnTerminal {
     void type(const QByteArray& keys);
     /// Whether it shows `text` within ten seconds, not counting what an earlier wait has seen.
     [[nodiscard]] bool shows(const QByteArray& text);
+    /// Whether `condition` comes true within ten seconds, this process's own events being delivered.
+    [[nodiscard]] bool waitFor(const std::function<bool()>& condition);
     /// Everything it wrote so far.
     [[nodiscard]] const QByteArray& screen() const { return screen_; }
     [[nodiscard]] bool echoes() const;
@@ -27,7 +31,7 @@ class OnTerminal {
     [[nodiscard]] pid_t pid() const { return pid_; }
 
   private:
-    bool readMore(int milliseconds);
+    bool readMore();
 
     int terminal_ = -1;
     pid_t pid_ = -1;

@@ -84,7 +84,7 @@ QString refused(const ConnectionError& error) {
 }
 
 QString noPicture(const MediaServer::Activity& activity, quint16 mediaPort,
-                  const std::optional<PlaybackFault>& fault) {
+                  const std::optional<PlaybackFault>& fault, bool gaveUp) {
     if (fault) return ofFault(*fault);
     if (activity.requests == 0 && activity.refused > 0)
         return u"Something asked for the movie from another address than the television's, and was refused."_s;
@@ -93,6 +93,7 @@ QString noPicture(const MediaServer::Activity& activity, quint16 mediaPort,
             .arg(mediaPort);
     if (!activity.readPastIndex)
         return u"The television fetched the beginning of the movie and stopped: it does not take this video."_s;
+    if (gaveUp) return u"The television fetched the movie and gave up: it does not take this video."_s;
     return u"The television fetched the movie but showed no picture of it."_s;
 }
 

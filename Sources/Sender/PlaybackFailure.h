@@ -22,9 +22,9 @@ namespace PlaybackFailure {
 [[nodiscard]] QString refused(const ConnectionError& error);
 
 /// It took the movie's address and shows no picture: the reason as our own server saw it. `mediaPort` is
-/// where the server listens.
+/// where the server listens; `gaveUp`: the television itself said that it stopped.
 [[nodiscard]] QString noPicture(const MediaServer::Activity& activity, quint16 mediaPort,
-                                const std::optional<PlaybackFault>& fault);
+                                const std::optional<PlaybackFault>& fault, bool gaveUp);
 
 [[nodiscard]] QString unusableAddress();
 [[nodiscard]] QString dropped();

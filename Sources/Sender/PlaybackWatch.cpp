@@ -157,10 +157,11 @@ bool PlaybackWatch::isAboutAnother(const PlaybackReport& report, bool isFetched,
     if (phase_ == Phase::loading && isFetched && now - playedAt_ >= strangerPatience) return false;
     if (!report.uuid.isEmpty())
         return report.uuid.compare(movie_.uuid, Qt::CaseInsensitive) != 0 && report.uuid != reportedUuid_;
-    const auto differs = [&report](double ours) {
-        return ours > 0 && std::abs(report.duration - ours) > std::max(3.0, 0.03 * ours);
+    const auto isLike = [&report](double ours) {
+        return std::abs(report.duration - ours) <= std::max(3.0, 0.03 * ours);
     };
-    return differs(duration()) && (reportedDuration_ == 0 || differs(movie_.duration));
+    const bool isKnown = duration() > 0;
+    return isKnown && !isLike(duration()) && !isLike(movie_.duration);
 }
 
 bool PlaybackWatch::isExpected(const PlaybackReport& report, Instant now) {

@@ -54,7 +54,8 @@ class PlaybackWatch {
     [[nodiscard]] Advice lost(Instant now) const;
 
     [[nodiscard]] std::optional<PlaybackFault> fault() const { return fault_; }
-    [[nodiscard]] Phase phase() const { return phase_; }  ///< loading, playing or paused
+    [[nodiscard]] bool hasGivenUp() const { return hasHeardStop_; }  ///< said that it stopped
+    [[nodiscard]] Phase phase() const { return phase_; }             ///< loading, playing or paused
     [[nodiscard]] double position(Instant now) const;
     [[nodiscard]] double duration() const;
     [[nodiscard]] Clock::Duration pollInterval(Instant now) const;

@@ -44,7 +44,7 @@ QCoro::Task<Result> lookUp(Clock& clock, Receiver receiver, Clock::Duration dead
     const HostLookup lookup(receiver.host);
     const Clock::Instant end = clock.now() + deadline;
     while (!lookup.answer() && clock.now() < end) co_await clock.sleep(lookInterval);
-    if (lookup.answer()) receiver.addresses = Addresses::inOrder(*lookup.answer(), true);
+    receiver.addresses = Addresses::inOrder(lookup.answer().value_or(QList<QHostAddress>()), true);
     if (receiver.addresses.isEmpty())
         co_return std::unexpected(
             u"There is no computer or television named “%1” on the network."_s.arg(receiver.host));

@@ -21,7 +21,7 @@ namespace {
 
 const QString preferenceKey = u"KnownReceivers"_s;
 /// Far more than the receivers' limit needs.
-constexpr qsizetype storedLengthLimit = 64 * 1024;
+constexpr qsizetype storedLengthLimit = qsizetype{64} * 1024;
 constexpr qsizetype identifierLengthLimit = 300;
 
 /// The stored names, in the order of the enumerations.
@@ -91,7 +91,7 @@ QList<KnownReceivers::Entry> KnownReceivers::load() const {
     if (text.size() > storedLengthLimit) return {};
     QList<Entry> entries;
     const QJsonArray stored = QJsonDocument::fromJson(text).array();
-    for (const QJsonValue& value : stored) {
+    for (const auto& value : stored) {
         const auto receiver = receiverFrom(value.toObject());
         if (!receiver || entries.size() == limit) continue;
         entries.append({*receiver, capabilityFrom(value["worked"_L1].toObject())});

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -35,127 +36,99 @@ TEST(MediaProbe, readsStreams) {
     ASSERT_EQ(info.streams.size(), 6);
     ASSERT_TRUE(info.video());
     const MediaInfo::Stream& video = *info.video();
-    EXPECT_EQ(video.index, 1);
-    EXPECT_EQ(video.tag, u"hev1"_s);
-    EXPECT_EQ(video.pixelFormat, u"yuv420p10le"_s);
-    EXPECT_EQ(std::pair(video.width, video.height), std::pair(3840, 2160));
-    EXPECT_FALSE(video.isDefault);
-    EXPECT_TRUE(video.isForced);
+    EXPECT_EQ(std::tuple(video.index, video.tag, video.pixelFormat, video.width, video.height),
+              std::tuple(1, u"hev1"_s, std::optional(u"yuv420p10le"_s), 3840, 2160));
+    EXPECT_EQ(std::pair(video.isDefault, video.isForced), std::pair(false, true));
     ASSERT_EQ(info.audio().size(), 1);
     const MediaInfo::Stream audio = info.audio().constFirst();
     EXPECT_EQ(std::tuple(audio.index, audio.codec, audio.channels, audio.language),
               std::tuple(3, u"unknown"_s, 6, std::optional(u"deu"_s)));
-    EXPECT_TRUE(audio.isDefault);
-    EXPECT_FALSE(audio.isForced);
+    EXPECT_EQ(std::pair(audio.isDefault, audio.isForced), std::pair(true, false));
     ASSERT_EQ(info.subtitles().size(), 1);
     EXPECT_EQ(info.subtitles().constFirst().title, u" A \u00E9"_s);
     EXPECT_EQ(info.subtitles().constFirst().language, std::nullopt);
-    EXPECT_EQ(info.streams.at(4).kind, Kind::other);
-    EXPECT_EQ(info.streams.at(5).kind, Kind::other);
+    EXPECT_EQ(std::pair(info.streams.at(4).kind, info.streams.at(5).kind),
+              std::pair(Kind::other, Kind::other));
     EXPECT_EQ(parsed(R"({"index": 0, "codec_type": "video", "codec_name": "png"})").video(), nullptr);
+    // Bytes that are no text.
+    EXPECT_EQ(parsed("{\"index\": 0, \"tags\": {\"title\": \"caf\xE9\"}}").streams.at(0).title,
+              u"caf\uFFFD"_s);
 }
 
 TEST(MediaProbe, readsTheFormat) {
-    struct Row {
-        QByteArray format;
-        double duration;
-        qint64 size;
-        bool isApple;
+    const std::vector<std::tuple<QByteArray, double, qint64, bool>> rows = {
+        {R"("format_name": "mov,mp4,mj2", "duration": "7200.5", "size": "5000000000")", 7200.5, 5'000'000'000,
+         true},
+        {R"("format_name": "matroska,webm", "duration": "N/A", "size": "+12")", 0, 12, false},
+        {R"("format_name": "MOV", "duration": "inf", "size": "1.5")", 0, 0, false},
+        {R"("format_name": ",mj2", "duration": null)", 0, 0, true},
+        {"", 0, 0, false},
     };
-    const std::vector<Row> rows = {
-        {R"({"format_name": "mov,mp4,m4a,3gp,3g2,mj2", "duration": "7200.5", "size": "5000000000"})", 7200.5,
-         5'000'000'000, true},
-        {R"({"format_name": "matroska,webm", "duration": "N/A", "size": "+12"})", 0, 12, false},
-        {R"({"format_name": "MOV", "duration": "inf", "size": "1.5"})", 0, 0, false},
-        {R"({"format_name": ",mj2", "duration": null})", 0, 0, true},
-        {"{}", 0, 0, false},
-    };
-    for (const Row& row : rows) {
-        const MediaInfo info = parsed("", row.format);
-        EXPECT_EQ(info.duration, row.duration) << row.format.constData();
-        EXPECT_EQ(info.size, row.size) << row.format.constData();
-        EXPECT_EQ(info.isAppleContainer(), row.isApple) << row.format.constData();
+    for (const auto& [format, duration, size, isApple] : rows) {
+        const MediaInfo info = parsed("", '{' + format + '}');
+        EXPECT_EQ(std::tuple(info.duration, info.size, info.isAppleContainer()),
+                  std::tuple(duration, size, isApple))
+            << format.constData();
     }
 }
 
 TEST(MediaProbe, refusesWhatItCannotTrust) {
-    for (const QByteArray& answer : std::vector<QByteArray>{
-             "", "[]", "{", R"({"format": {}})", R"({"streams": []})", R"({"streams": {}, "format": {}})",
-             R"({"streams": [1], "format": {}})", R"({"streams": [{}], "format": {}})",
-             R"({"streams": [{"index": null}], "format": {}})",
-             R"({"streams": [{"index": 1.5}], "format": {}})",
-             R"({"streams": [{"index": "1"}], "format": {}})",
-             R"({"streams": [{"index": 1, "width": 1e10}], "format": {}})",
-             R"({"streams": [{"index": 1, "codec_name": 7}], "format": {}})",
-             R"({"streams": [{"index": 1, "tags": []}], "format": {}})",
-             R"({"streams": [{"index": 1, "tags": {"title": 7}}], "format": {}})",
-             R"({"streams": [{"index": 1, "disposition": {"default": true}}], "format": {}})",
-             R"({"streams": [], "format": {"size": 5}})"}) {
+    QList<QByteArray> answers =
+        QByteArray(R"(;[];{;{"format": {}};{"streams": []};{"streams": {}, "format": {}};
+        {"streams": [], "format": {"size": 5}})")
+            .split(';');
+    const QByteArray streams(
+        R"(1;{};{"index": null};{"index": 1.5};{"index": "1"};{"index": 1, "width": 1e10};
+        {"index": 1, "codec_name": 7};{"index": 1, "tags": []};{"index": 1, "tags": {"title": 7}};
+        {"index": 1, "disposition": {"default": true}})");
+    for (const QByteArray& stream : streams.split(';')) {
+        answers.append("{\"format\": {}, \"streams\": [" + stream + "]}");
+    }
+    for (const QByteArray& answer : std::as_const(answers)) {
         const auto info = MediaProbe::parse(answer);
         ASSERT_FALSE(info) << answer.constData();
         EXPECT_EQ(info.error().which, Case::probeFailed);
-        EXPECT_TRUE(info.error().detail.startsWith(u"Couldn't read ffprobe's answer: "_s))
-            << answer.constData();
-        EXPECT_GT(info.error().detail.size(), 32) << answer.constData();
+        EXPECT_TRUE(info.error().detail.startsWith(u"Couldn't read ffprobe's answer: "_s));
     }
-}
-
-TEST(MediaProbe, bearsBytesThatAreNoText) {
-    const MediaInfo info = parsed("{\"index\": 0, \"tags\": {\"title\": \"caf\xE9\"}}");
-    EXPECT_EQ(info.streams.at(0).title, u"caf\uFFFD"_s);
 }
 
 TEST(MediaProbe, tellsWhatTheToolSaid) {
     const QTemporaryDir folder;
     const auto probeWith = [&folder](const QByteArray& script, const std::stop_token& stop = {}) {
-        QFile file(folder.filePath(u"probe"_s));
+        QFile file(folder.filePath(QString::number(script.size())));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         file.write("#!/bin/sh\n" + script);
         file.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
-        const QUrl tool = QUrl::fromLocalFile(file.fileName());
         file.close();
-        auto info = MediaProbe::probe(QUrl::fromLocalFile(u"-a b.mkv"_s), tool, stop);
-        file.remove();
-        return info;
+        return MediaProbe::probe(QUrl::fromLocalFile(u"-a b.mkv"_s), QUrl::fromLocalFile(file.fileName()),
+                                 stop);
     };
     EXPECT_EQ(probeWith("for word; do echo \"$word\" >&2; done; exit 1").error().detail,
               u"-v\nerror\n-print_format\njson\n-show_streams\n-show_format\n"_s +
                   QDir::current().absoluteFilePath(u"-a b.mkv"_s));
     EXPECT_EQ(probeWith("echo ' ' >&2; exit 1").error().errorDescription(),
               u"That doesn't look like a video file."_s);
-    const auto info = probeWith(R"(echo '{"streams": [], "format": {"size": "7"}}'; echo careful >&2)");
-    EXPECT_EQ(info.value_or(MediaInfo{}).size, 7);
-    std::stop_source stop;
+    EXPECT_EQ(probeWith(R"(echo '{"streams": [], "format": {"size": "7"}}'; echo careful >&2)")->size, 7);
+    const std::stop_source stop;
     stop.request_stop();
     EXPECT_EQ(probeWith("exit 1", stop.get_token()).error().which, Case::cancelled);
     const auto missing =
         MediaProbe::probe(QUrl::fromLocalFile(u"/a.mkv"_s), QUrl::fromLocalFile(u"/no/tool"_s));
-    EXPECT_EQ(missing.error().which, Case::system);
     EXPECT_EQ(missing.error().errorDescription(), u"No such file or directory"_s);
 }
 
 TEST(PrepareError, speaksPlainly) {
-    const std::vector<std::pair<PrepareError, QString>> rows = {
-        {{Case::probeFailed, u"bad"_s}, u"Couldn't read the file: bad"_s},
-        {{Case::ffmpegFailed}, u"ffmpeg couldn't convert the file."_s},
-        {{Case::ffmpegFailed, u"a\nb"_s}, u"ffmpeg couldn't convert the file:\na\nb"_s},
-        {{Case::toolsMissing},
-         u"The bundled ffmpeg is missing. Rebuild the app, or install ffmpeg with Homebrew:  brew install ffmpeg"_s},
-    };
-    for (const auto& [error, text] : rows) EXPECT_EQ(error.errorDescription(), text);
-    const std::vector<std::pair<qint64, QString>> sizes = {
-        {0, u"0 bytes"_s},
-        {1'499, u"1 kB"_s},
-        {531'600'000, u"532 MB"_s},
-        {999'499'999, u"999 MB"_s},
-        {999'500'000, u"1 GB"_s},
-        {4'249'999'999, u"4.2 GB"_s},
-        {999'950'000'000, u"1 TB"_s},
-        {1'250'000'000'000, u"1.3 TB"_s},
-        {std::numeric_limits<qint64>::max(), u"9 EB"_s},
-        {-5, u"0 bytes"_s},
-    };
-    for (const auto& [bytes, text] : sizes) {
+    EXPECT_EQ((PrepareError{Case::probeFailed, u"bad"_s}).errorDescription(),
+              u"Couldn't read the file: bad"_s);
+    EXPECT_EQ(PrepareError{Case::ffmpegFailed}.errorDescription(), u"ffmpeg couldn't convert the file."_s);
+    EXPECT_EQ((PrepareError{Case::ffmpegFailed, u"a\nb"_s}).errorDescription(),
+              u"ffmpeg couldn't convert the file:\na\nb"_s);
+    const QString sizes =
+        u"-5=0 bytes|1499=1 kB|531600000=532 MB|999499999=999 MB|999500000=1 GB|4249999999=4.2 GB|"
+        "999950000000=1 TB|1250000000000=1.3 TB|9223372036854775807=9 EB"_s;
+    for (const QString& row : sizes.split(u'|')) {
+        const qint64 bytes = row.section(u'=', 0, 0).toLongLong();
+        const QString text = row.section(u'=', 1);
         const PrepareError error{.which = Case::notEnoughSpace, .needed = bytes, .free = 0};
         EXPECT_EQ(
             error.errorDescription(),

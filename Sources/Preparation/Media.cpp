@@ -27,7 +27,8 @@ class AnswerReader {
     [[nodiscard]] MediaInfo read(const QJsonObject& answer) {
         MediaInfo info;
         if (!answer.value("streams"_L1).isArray()) fail(u"“streams” is not a list"_s);
-        for (const QJsonValue& value : answer.value("streams"_L1).toArray()) {
+        const QJsonArray streams = answer.value("streams"_L1).toArray();
+        for (const auto& value : streams) {
             if (!value.isObject()) fail(u"a stream is not an object"_s);
             info.streams.append(stream(value.toObject()));
         }
@@ -182,7 +183,7 @@ std::expected<MediaInfo, PrepareError> MediaProbe::parse(const QByteArray& json)
     // Tags of old files may hold bytes of any encoding; one bad letter in a title is no reason to fail.
     const QJsonDocument document = QJsonDocument::fromJson(QString::fromUtf8(json).toUtf8(), &syntax);
     AnswerReader reader;
-    const MediaInfo info = reader.read(document.object());
+    MediaInfo info = reader.read(document.object());
     const QString error = syntax.error == QJsonParseError::NoError ? reader.error() : syntax.errorString();
     if (!error.isEmpty()) return probeFailed(u"Couldn't read ffprobe's answer: "_s + error);
     return info;

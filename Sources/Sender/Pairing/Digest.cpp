@@ -45,9 +45,8 @@ std::optional<QByteArrayView> takeUntil(QByteArrayView& text, char end) {
 std::optional<QByteArrayView> takeValue(QByteArrayView& text) {
     text = text.trimmed();
     if (!text.startsWith('"')) {
-        const QByteArrayView value = text.first(std::max<qsizetype>(text.indexOf(','), 0));
-        if (!value.isEmpty()) return takeUntil(text, ',')->trimmed();
-        return std::exchange(text, {}).trimmed();
+        const std::optional<QByteArrayView> value = takeUntil(text, ',');
+        return value ? value->trimmed() : std::exchange(text, {}).trimmed();
     }
     text = text.sliced(1);
     const std::optional<QByteArrayView> value = takeUntil(text, '"');

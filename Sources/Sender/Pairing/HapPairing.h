@@ -46,7 +46,7 @@ class HapPasswordProof {
     SrpClient client_;
     SrpLogin login_;
     QByteArray serverKey_;
-    std::optional<SrpSession> session_;
+    SrpSession session_;
 };
 
 /// Pair-setup with the PIN on the receiver's screen.

@@ -69,11 +69,12 @@ PairingResult<void> HapPasswordProof::takeChallenge(QByteArrayView m2) {
 PairingResult<QByteArray> HapPasswordProof::prove(Secret password) {
     if (std::exchange(step_, Step::over) != Step::prove) return malformed();
     login_.password = std::move(password);
-    session_ = client_.session(login_, serverKey_);
+    std::optional<SrpSession> session = client_.session(login_, serverKey_);
     login_.password = {};
-    if (!session_) return malformed();
+    if (!session) return malformed();
+    session_ = std::move(*session);
     step_ = Step::finish;
-    return message(3, {{Tag::publicKey, client_.publicKey()}, {Tag::proof, session_->clientProof}});
+    return message(3, {{Tag::publicKey, client_.publicKey()}, {Tag::proof, session_.clientProof}});
 }
 
 PairingResult<Secret> HapPasswordProof::finish(QByteArrayView m4) {
@@ -83,8 +84,8 @@ PairingResult<Secret> HapPasswordProof::finish(QByteArrayView m4) {
     if (!items) return std::unexpected(items.error());
     const auto proof = value(*items, Tag::proof, proofSize);
     if (!proof) return malformed();
-    if (!session_->isServerProof(*proof)) return std::unexpected(PairingError{Kind::untrusted});
-    return std::move(session_->key);
+    if (!session_.isServerProof(*proof)) return std::unexpected(PairingError{Kind::untrusted});
+    return std::move(session_.key);
 }
 
 HapPinSetup::HapPinSetup(HapIdentity identity, const QString& displayName, const Crypto::RandomSource& random)

@@ -68,24 +68,25 @@ PairingResult<LegacyPinSetup::Proof> LegacyPinSetup::prove(QByteArrayView pk, QB
     if (std::exchange(step_, Step::over) != Step::prove || salt.size() != saltSize)
         return failed(Kind::malformed);
     const SrpLogin login{identity_.user, Secret::fromText(QStringView(pin).trimmed()), salt.toByteArray()};
-    session_ = client_.session(login, pk);
-    if (!session_) return failed(Kind::malformed);
+    std::optional<SrpSession> session = client_.session(login, pk);
+    if (!session) return failed(Kind::malformed);
+    session_ = std::move(*session);
     step_ = Step::introduce;
-    return Proof{client_.publicKey(), session_->clientProof};
+    return Proof{client_.publicKey(), session_.clientProof};
 }
 
 PairingResult<LegacyPairing::Sealed> LegacyPinSetup::introduce(QByteArrayView proof) {
     if (std::exchange(step_, Step::over) != Step::introduce || proof.size() != proofSize)
         return failed(Kind::malformed);
-    if (!session_->isServerProof(proof)) return failed(Kind::untrusted);
+    if (!session_.isServerProof(proof)) return failed(Kind::untrusted);
     step_ = Step::finish;
-    return LegacyPairing::seal(session_->key, LegacyPairing::Side::sender, identity_.publicKey());
+    return LegacyPairing::seal(session_.key, LegacyPairing::Side::sender, identity_.publicKey());
 }
 
 PairingResult<LegacyCredentials> LegacyPinSetup::finish(const LegacyPairing::Sealed& reply) {
     if (std::exchange(step_, Step::over) != Step::finish) return failed(Kind::malformed);
-    const auto theirKey = LegacyPairing::open(session_->key, LegacyPairing::Side::receiver, reply);
-    session_.reset();
+    const auto theirKey = LegacyPairing::open(session_.key, LegacyPairing::Side::receiver, reply);
+    session_.key = {};
     if (!theirKey) return failed(Kind::untrusted);
     return LegacyCredentials{identity_, *theirKey};
 }

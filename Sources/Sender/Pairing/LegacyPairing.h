@@ -66,7 +66,7 @@ class LegacyPinSetup {
 
     LegacyIdentity identity_;
     SrpClient client_;
-    std::optional<SrpSession> session_;
+    SrpSession session_;
     Step step_ = Step::prove;
 };
 

@@ -164,7 +164,7 @@ Secret groupProof(const Group& group) {
     return mixed;
 }
 
-SrpSession makeSession(const Group& group, const SrpLogin& login, Secret key, QByteArrayView clientKey,
+SrpSession makeSession(const Group& group, const SrpLogin& login, const Secret& key, QByteArrayView clientKey,
                        QByteArrayView serverKey) {
     const QByteArrayView client = stripped(clientKey);
     const Secret userHash = digest(group, {login.user});

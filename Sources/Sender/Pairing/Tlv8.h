@@ -34,7 +34,7 @@ struct Item {
 };
 
 /// Larger messages are refused; the largest real ones carry an accessory's certificate of some kilobytes.
-constexpr qsizetype maximumSize = 16 * 1024;
+constexpr qsizetype maximumSize = qsizetype{16} * 1024;
 
 enum class ParseError {
     tooLarge,

@@ -77,6 +77,7 @@ TEST(DigestTest, readsChallengesInAnyClothes) {
         EXPECT_EQ(challenge->nonce, "n") << header.constData();
     }
     EXPECT_EQ(DigestChallenge::parse("Digest realm=\"a, b=c\", nonce=\"\"")->realm, "a, b=c");
+    EXPECT_EQ(DigestChallenge::parse("Digest realm=, nonce=n")->nonce, "n");
 }
 
 TEST(DigestTest, refusesWhatItCannotAnswer) {

@@ -33,5 +33,6 @@ namespace velmora::test {
 
 }  // namespace velmora::test
 
-/// So that failed comparisons print digits.
+/// So that failed comparisons print digits. The name is GoogleTest's.
+// NOLINTNEXTLINE(readability-identifier-naming)
 void PrintTo(const QByteArray& bytes, std::ostream* stream);

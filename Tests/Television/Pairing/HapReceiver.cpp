@@ -50,15 +50,16 @@ QByteArray HapSetupReceiver::challenge(const Items& items) {
     if (transient_ && !takesTransient_) return failure(2, ErrorCode::authentication);
     const QString password = transient_ ? QString::fromUtf16(transientPassword) : pin_;
     const QByteArray salt = random_(saltSize).toByteArray();
-    server_.emplace(SrpVariant::hap, SrpLogin{setupUser, Secret::fromText(password), salt},
-                    random_(Crypto::keySize));
+    const SrpServer& server = server_.emplace(
+        SrpVariant::hap, SrpLogin{setupUser, Secret::fromText(password), salt}, random_(Crypto::keySize));
     state_ = 3;
-    return message(2, {{Tag::salt, salt}, {Tag::publicKey, server_->publicKey()}});
+    return message(2, {{Tag::salt, salt}, {Tag::publicKey, server.publicKey()}});
 }
 
 QByteArray HapSetupReceiver::checkProof(const Items& items) {
     const QByteArray proof = Tlv8::find(items, Tag::proof).value_or(QByteArray());
-    session_ = server_->session(Tlv8::find(items, Tag::publicKey).value_or(QByteArray()));
+    const QByteArray key = Tlv8::find(items, Tag::publicKey).value_or(QByteArray());
+    session_ = server_ ? server_->session(key) : std::nullopt;
     if (!session_ || !Crypto::equal(proof, session_->clientProof))
         return failure(4, ErrorCode::authentication);
     if (transient_)
@@ -69,6 +70,7 @@ QByteArray HapSetupReceiver::checkProof(const Items& items) {
 }
 
 QByteArray HapSetupReceiver::exchange(const Items& items) {
+    if (!session_) return failure(6, ErrorCode::unknown);
     const Secret key = setupKey(session_->key);
     const auto plain = open(key, "PS-Msg05", Tlv8::find(items, Tag::encryptedData).value_or(QByteArray()));
     paired_ = plain ? introduced(*plain, session_->key, Side::controller) : std::nullopt;
@@ -88,7 +90,7 @@ QByteArray HapVerifyReceiver::answer(QByteArrayView request) {
     const auto items = Tlv8::parse(request);
     const int state = items ? stateOf(*items) : 0;
     if (state == 1 && !shared_) return present(*items);
-    if (state == 3 && shared_ && !verified_) return check(*items);
+    if (state == 3 && !verified_) return check(*items);
     return failure(state + 1, ErrorCode::unknown);
 }
 
@@ -102,6 +104,7 @@ QByteArray HapVerifyReceiver::present(const QList<Tlv8::Item>& items) {
 }
 
 QByteArray HapVerifyReceiver::check(const QList<Tlv8::Item>& items) {
+    if (!shared_) return failure(4, ErrorCode::unknown);
     const QByteArray sealed = Tlv8::find(items, Tag::encryptedData).value_or(QByteArray());
     const auto plain = open(verifyKey(*shared_), "PV-Msg03", sealed);
     if (!plain || !known_ || !isEvidence(*plain, *known_, senderKey_, publicKey_))

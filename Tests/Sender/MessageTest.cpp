@@ -26,7 +26,7 @@ std::vector<QByteArray> read(const QByteArray& bytes, qsizetype piece, const Mes
     return messages;
 }
 
-TEST(Message, readsAnswersOfRealReceiversHoweverTheyAreSplit) {
+TEST(Message, ReadsAnswersOfRealReceiversHoweverTheyAreSplit) {
     const struct {
         QByteArray bytes;
         std::vector<QByteArray> expected;
@@ -61,7 +61,7 @@ TEST(Message, readsAnswersOfRealReceiversHoweverTheyAreSplit) {
     }
 }
 
-TEST(Message, readsRequestsOneBehindTheOther) {
+TEST(Message, ReadsRequestsOneBehindTheOther) {
     const QByteArray event =
         "POST /event HTTP/1.1\r\nX-Apple-Session-ID: 1\r\nContent-Length: 4\r\n\r\n\n\r\n\n";
     const QByteArray command = "POST /command RTSP/1.0\r\nCSeq: 3\r\nContent-Length: 0\r\n\r\n";
@@ -72,7 +72,7 @@ TEST(Message, readsRequestsOneBehindTheOther) {
         EXPECT_THAT(read<Request>(bad, 1), ElementsAre("!")) << bad;
 }
 
-TEST(Message, boundsWhatAPeerMaySend) {
+TEST(Message, BoundsWhatAPeerMaySend) {
     const MessageLimits limits{.lineBytes = 40, .headerCount = 3, .headBytes = 80, .bodyBytes = 10};
     const QByteArray line = "HTTP/1.1 200 OK\r\n";
     for (const QByteArray& hostile :
@@ -85,7 +85,7 @@ TEST(Message, boundsWhatAPeerMaySend) {
     EXPECT_EQ(read<Response>(line + "Content-Length: 10\r\n\r\n0123456789", 1, limits).size(), 1U);
 }
 
-TEST(Message, handsOverWhatComesBehindTheLastMessage) {
+TEST(Message, HandsOverWhatComesBehindTheLastMessage) {
     MessageReader<Response> reader;
     reader.feed("HTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\nx\x1f\x01rest");
     ASSERT_TRUE(reader.next().value().has_value());
@@ -93,7 +93,7 @@ TEST(Message, handsOverWhatComesBehindTheLastMessage) {
     EXPECT_FALSE(reader.next().value().has_value());
 }
 
-TEST(Message, writesNoEmptyHeaderAndNoHeaderOfSomebodyElse) {
+TEST(Message, WritesNoEmptyHeaderAndNoHeaderOfSomebodyElse) {
     Request request;
     request.method = "POST";
     request.target = "/rate?value=1.000000";

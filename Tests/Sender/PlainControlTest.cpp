@@ -113,7 +113,7 @@ class PlainControlTest : public testing::Test {
     SystemClock real_;
 };
 
-TEST_F(PlainControlTest, speaksAsReceiversUnderstand) {
+TEST_F(PlainControlTest, SpeaksAsReceiversUnderstand) {
     ASSERT_TRUE(open());
     ASSERT_TRUE(wait(control->play(movie())));
     ASSERT_TRUE(wait(control->setRate(1)));
@@ -136,7 +136,7 @@ TEST_F(PlainControlTest, speaksAsReceiversUnderstand) {
     EXPECT_EQ(body.value(u"uuid"_s), movie().uuid);
 }
 
-TEST_F(PlainControlTest, takesAnswersHoweverTheyAreFramed) {
+TEST_F(PlainControlTest, TakesAnswersHoweverTheyAreFramed) {
     const QByteArray report = Plist::encodeXml(QVariantMap{{u"readyToPlay"_s, 1}, {u"duration"_s, 60.0}});
     const QByteArray length = QByteArray::number(report.size());
     const QByteArray framings[] = {
@@ -161,7 +161,7 @@ TEST_F(PlainControlTest, takesAnswersHoweverTheyAreFramed) {
     }
 }
 
-TEST_F(PlainControlTest, tellsWhatWentWrong) {
+TEST_F(PlainControlTest, TellsWhatWentWrong) {
     const struct {
         QByteArray answer;
         Kind kind;
@@ -192,7 +192,7 @@ TEST_F(PlainControlTest, tellsWhatWentWrong) {
     EXPECT_EQ(wait(PlainControl::make(clock, receiver)->open()).error().kind, Kind::refused);
 }
 
-TEST_F(PlainControlTest, asksNothingBeforeALateAnswerIsThere) {
+TEST_F(PlainControlTest, AsksNothingBeforeALateAnswerIsThere) {
     ASSERT_TRUE(open());
     overrides["/scrub"] = "";
     EXPECT_EQ(wait(control->seek(1)).error().kind, Kind::timeout);
@@ -204,7 +204,7 @@ TEST_F(PlainControlTest, asksNothingBeforeALateAnswerIsThere) {
     EXPECT_EQ(tv.targets().last(), "POST /rate?value=1.000000");
 }
 
-TEST_F(PlainControlTest, retriesAPlayThatMayYetSucceed) {
+TEST_F(PlainControlTest, RetriesAPlayThatMayYetSucceed) {
     const struct {
         std::vector<int> statuses;
         bool succeeds;
@@ -230,7 +230,7 @@ TEST_F(PlainControlTest, retriesAPlayThatMayYetSucceed) {
     }
 }
 
-TEST_F(PlainControlTest, deliversEventsAndAnswersThem) {
+TEST_F(PlainControlTest, DeliversEventsAndAnswersThem) {
     const auto event = [](const char* state) {
         Request request;
         request.method = "POST";
@@ -252,7 +252,7 @@ TEST_F(PlainControlTest, deliversEventsAndAnswersThem) {
     EXPECT_TRUE(waitUntil([&] { return tv.sockets[1]->peek(1000) == answer + answer; }));
 }
 
-TEST_F(PlainControlTest, goesOnWithoutEvents) {
+TEST_F(PlainControlTest, GoesOnWithoutEvents) {
     for (const char* refusal : {"HTTP/1.1 501 No\r\n\r\n", "HTTP/1.1 200 OK\r\n\r\n", "close", ""}) {
         overrides["/reverse"] = refusal;
         ASSERT_TRUE(open());
@@ -260,7 +260,7 @@ TEST_F(PlainControlTest, goesOnWithoutEvents) {
     }
 }
 
-TEST_F(PlainControlTest, showsTheOneReceiverThatWantsItThatItIsThere) {
+TEST_F(PlainControlTest, ShowsTheOneReceiverThatWantsItThatItIsThere) {
     const auto beats = [this] { return tv.targets().count("POST /feedback"); };
     Response info;
     for (const bool isTheOne : {false, true}) {
@@ -274,7 +274,7 @@ TEST_F(PlainControlTest, showsTheOneReceiverThatWantsItThatItIsThere) {
     EXPECT_EQ(tv.requests.back().version, "RTSP/1.0");
 }
 
-TEST_F(PlainControlTest, sendsAStopWhenNobodyCanWait) {
+TEST_F(PlainControlTest, SendsAStopWhenNobodyCanWait) {
     ASSERT_TRUE(open());
     overrides["/playback-info"] = "";
     const auto poll = control->playbackInfo();

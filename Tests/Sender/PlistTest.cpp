@@ -7,7 +7,7 @@
 namespace velmora {
 namespace {
 
-TEST(Plist, keepsTypesThroughBothForms) {
+TEST(Plist, KeepsTypesThroughBothForms) {
     const QVariantMap inner{{"start", 0.0}, {"duration", 60.5}};
     const QVariantMap value{{"flag", true},
                             {"whole", 1.0},
@@ -19,7 +19,7 @@ TEST(Plist, keepsTypesThroughBothForms) {
     EXPECT_EQ(Plist::decode("\n \t" + Plist::encodeXml(value) + "\n\n").value(), QVariant(value));
 }
 
-TEST(Plist, readsWhatReceiversWrite) {
+TEST(Plist, ReadsWhatReceiversWrite) {
     const QByteArray head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">";
     EXPECT_EQ(Plist::decode(head + "<dict><key>readyToPlay</key><false/></dict></plist>")
                   .value()
@@ -56,7 +56,7 @@ QByteArray nested(int levels, int copies) {
     return bytes + table + QByteArray(6, '\0') + "\x02\x02" + wide(levels) + wide(0) + wide(tableAt);
 }
 
-TEST(Plist, refusesHostileDocuments) {
+TEST(Plist, RefusesHostileDocuments) {
     EXPECT_TRUE(Plist::decode(nested(10, 2)).has_value());
     const QByteArray manyTags = "<plist>" + QByteArray("<array>").repeated(100'000);
     const QByteArray hidden = "<plist>" + QByteArray("<dict><key>a</key><!-- </dict> -->").repeated(50'000);
@@ -68,7 +68,7 @@ TEST(Plist, refusesHostileDocuments) {
         EXPECT_FALSE(Plist::decode(hostile).has_value()) << hostile.left(40).toStdString();
 }
 
-TEST(Plist, survivesDamage) {
+TEST(Plist, SurvivesDamage) {
     const QVariantMap value{{"a", QVariantList{1LL, 2.5, true}}, {"bb", QStringLiteral("text")}};
     std::mt19937 random(7);  // NOLINT(bugprone-random-generator-seed): the same damage every time
     int decoded = 0;

@@ -31,20 +31,24 @@ class FakePublication : public MediaServer::Publication {
     const MediaServer::Activity& activity_;
 };
 
-MediaServer::Activity fetched() {
-    return {.requests = 3,
-            .mediaRequests = 2,
-            .bytesSent = 1 << 25,
-            .furthestByte = 1 << 25,
-            .readPastIndex = true,
-            .refused = 0,
-            .firstRequest = {},
-            .lastRequest = {}};
+MediaServer::Activity fetched(bool readPastIndex = true) {
+    MediaServer::Activity activity;
+    activity.requests = activity.mediaRequests = 2;
+    activity.readPastIndex = readPastIndex;
+    return activity;
 }
 
-PlaybackReport at(double position, double rate = 1) {
-    return {
-        .isReady = true, .position = position, .duration = duration, .rate = rate, .uuid = {}, .fault = {}};
+PlaybackReport at(double position, double rate = 1, double length = duration) {
+    return {.isReady = true, .position = position, .duration = length, .rate = rate};
+}
+
+Receiver television(const QString& address = u"192.0.2.2"_s) {
+    return {.name = u"tv"_s, .identifier = {}, .address = QHostAddress(address), .port = 7000};
+}
+
+/// How a scripted television behaves that reports the same for ever.
+auto always(const VideoControl::Reported& report) {
+    return [report](ScriptedControl& tv) { tv.report = [report](double) { return report; }; };
 }
 
 /// One window with its television, in virtual time.
@@ -55,9 +59,7 @@ class RemotePlaybackTest : public testing::Test {
     }
     ~RemotePlaybackTest() override { leave(); }
 
-    void play(double start = 0,
-              const Receiver& receiver = {
-                  .name = u"tv"_s, .identifier = {}, .address = QHostAddress(u"192.0.2.2"_s), .port = 7000}) {
+    void play(double start = 0, const Receiver& receiver = television()) {
         playback->play(receiver, {.file = u"/movie.mp4"_s, .duration = duration, .startPosition = start});
     }
     /// A movie that runs, `seconds` after its beginning.
@@ -95,7 +97,7 @@ class RemotePlaybackTest : public testing::Test {
     std::vector<Phase> phases;
 };
 
-TEST_F(RemotePlaybackTest, playsFromTheStartPositionAndInterpolates) {
+TEST_F(RemotePlaybackTest, PlaysFromTheStartPositionAndInterpolates) {
     play(18);
     clock.advance(650ms);
     EXPECT_EQ(phase(), Phase::loading);
@@ -114,16 +116,12 @@ TEST_F(RemotePlaybackTest, playsFromTheStartPositionAndInterpolates) {
 
 // As one receiver really reports: the last movie first, ready without a length, below zero, back again, and
 // "playing" long before anything moves.
-TEST_F(RemotePlaybackTest, believesOnlyAPositionThatAdvances) {
+TEST_F(RemotePlaybackTest, BelievesOnlyAPositionThatAdvances) {
     const struct {
         double until;
         PlaybackReport report;
     } story[] = {
-        {0.05, {.isReady = true, .position = 812, .duration = 5400, .rate = 1.0, .uuid = {}, .fault = {}}},
-        {0.3, {.isReady = true, .position = 0, .duration = 0, .rate = 0.0, .uuid = {}, .fault = {}}},
-        {0.6, at(0)},
-        {1.4, at(-0.32)},
-        {2.9, at(0.04)},
+        {0.05, at(812, 1, 5400)}, {0.3, at(0, 0, 0)}, {0.6, at(0)}, {1.4, at(-0.32)}, {2.9, at(0.04)},
     };
     direct = [&](ScriptedControl& television) {
         television.report = [&](double seconds) -> VideoControl::Reported {
@@ -146,13 +144,11 @@ TEST_F(RemotePlaybackTest, believesOnlyAPositionThatAdvances) {
     EXPECT_EQ(tv().verbs.count(u"play 0"_s), 1);
 }
 
-TEST_F(RemotePlaybackTest, tellsWhyThereIsNoPicture) {
+TEST_F(RemotePlaybackTest, TellsWhyThereIsNoPicture) {
     const PlaybackReport never;
     MediaServer::Activity nothing;
     MediaServer::Activity elsewhere;
     elsewhere.refused = 2;
-    MediaServer::Activity beginning = fetched();
-    beginning.readPastIndex = false;
     PlaybackReport faulty;
     faulty.fault = PlaybackFault{-11848, u"AVFoundationErrorDomain"_s};
     const struct {
@@ -164,20 +160,15 @@ TEST_F(RemotePlaybackTest, tellsWhyThereIsNoPicture) {
         {nothing, never, 12, "blocking port 47110"},
         {elsewhere, never, 12, "another address"},
         {nothing, at(50), 12, "blocking port 47110"},  // somebody else's movie moves or stands there
-        {beginning, never, 30, "does not take this video"},
+        {fetched(false), never, 30, "does not take this video"},
         {fetched(), never, 30, "showed no picture"},
         {fetched(), at(0, 0), 30, "showed no picture"},
-        {fetched(),
-         {.isReady = true, .position = 3, .duration = 0, .rate = 1.0, .uuid = {}, .fault = {}},
-         30,
-         "showed no picture"},
+        {fetched(), {.isReady = true, .position = 3, .duration = 0, .rate = 1.0}, 30, "showed no picture"},
         {fetched(), faulty, 0, "(-11848)"},
     };
     for (const auto& entry : cases) {
         activity = entry.activity;
-        direct = [&](ScriptedControl& television) {
-            television.report = [&](double) -> VideoControl::Reported { return entry.report; };
-        };
+        direct = always(entry.report);
         play();
         const auto limit = std::chrono::milliseconds(int(entry.seconds * 1000));
         clock.advance(limit);
@@ -190,18 +181,17 @@ TEST_F(RemotePlaybackTest, tellsWhyThereIsNoPicture) {
     }
 }
 
-TEST_F(RemotePlaybackTest, recognisesAMovieThatTheTelevisionCannotOpen) {
-    direct = [](ScriptedControl& television) {
-        television.report = [](double) -> VideoControl::Reported { return PlaybackReport(); };
-    };
+TEST_F(RemotePlaybackTest, RecognisesAMovieThatTheTelevisionCannotOpen) {
+    direct = always(PlaybackReport());
     play();
     clock.advance(100ms);
     for (const Event state : {Event::loading, Event::stopped, Event::playing}) tv().say(state);
     clock.advance(3500ms);
     EXPECT_EQ(phase(), Phase::failed);
+    EXPECT_THAT(reason(), HasSubstr("gave up"));
 }
 
-TEST_F(RemotePlaybackTest, tellsWhyTheTelevisionRefuses) {
+TEST_F(RemotePlaybackTest, TellsWhyTheTelevisionRefuses) {
     const struct {
         QString verb;
         ConnectionError error;
@@ -232,7 +222,7 @@ TEST_F(RemotePlaybackTest, tellsWhyTheTelevisionRefuses) {
     }
 }
 
-TEST_F(RemotePlaybackTest, seeksOnceWhenTheStartWasIgnored) {
+TEST_F(RemotePlaybackTest, SeeksOnceWhenTheStartWasIgnored) {
     direct = [](ScriptedControl& television) {
         television.report = [&television](double seconds) -> VideoControl::Reported {
             const bool isCorrected = television.verbs.contains(u"seek 60"_s);
@@ -247,7 +237,7 @@ TEST_F(RemotePlaybackTest, seeksOnceWhenTheStartWasIgnored) {
     EXPECT_NEAR(playback->state().position, 65, 2);
 }
 
-TEST_F(RemotePlaybackTest, startsAgainOnceWhenLoadedAndNeverMoving) {
+TEST_F(RemotePlaybackTest, StartsAgainOnceWhenLoadedAndNeverMoving) {
     direct = [](ScriptedControl& television) {
         television.report = [&television](double seconds) -> VideoControl::Reported {
             return television.movies.size() < 2 ? at(0) : television.usual(seconds);
@@ -262,25 +252,14 @@ TEST_F(RemotePlaybackTest, startsAgainOnceWhenLoadedAndNeverMoving) {
     EXPECT_EQ(phase(), Phase::playing);
 }
 
-TEST_F(RemotePlaybackTest, tellsTheEndFromAStopAndFromADrop) {
-    const auto gone = [](ScriptedControl& television) {
-        television.report = [](double) -> VideoControl::Reported { return PlaybackReport(); };
-    };
-    const auto silent = [](ScriptedControl& television) {
-        television.report = [](double) -> VideoControl::Reported {
-            return std::unexpected(ConnectionError{.kind = Kind::timeout});
-        };
-    };
+TEST_F(RemotePlaybackTest, TellsTheEndFromAStopAndFromADrop) {
+    const auto gone = always(PlaybackReport());
+    const auto silent = always(std::unexpected(ConnectionError{.kind = Kind::timeout}));
+    const auto other = always(at(5, 1, 47));
     const auto say = [](const QString& reason) {
         return [reason](ScriptedControl& television) { television.say(Event::stopped, reason); };
     };
     const auto cut = [](ScriptedControl& television) { television.close(); };
-    const auto other = [](ScriptedControl& television) {
-        television.report = [](double) -> VideoControl::Reported {
-            return PlaybackReport{
-                .isReady = true, .position = 5, .duration = 47, .rate = 1.0, .uuid = {}, .fault = {}};
-        };
-    };
     const struct {
         const char* name;
         double position;
@@ -312,7 +291,7 @@ TEST_F(RemotePlaybackTest, tellsTheEndFromAStopAndFromADrop) {
     }
 }
 
-TEST_F(RemotePlaybackTest, collapsesSeeksWhileOneIsUnderWay) {
+TEST_F(RemotePlaybackTest, CollapsesSeeksWhileOneIsUnderWay) {
     direct = [](ScriptedControl& television) {
         television.latency = [](const QString& verb) -> Clock::Duration {
             return verb.startsWith(u"seek"_s) ? 300ms : 10ms;
@@ -333,7 +312,7 @@ TEST_F(RemotePlaybackTest, collapsesSeeksWhileOneIsUnderWay) {
     EXPECT_EQ(tv().verbs.last(), u"seek 119"_s);
 }
 
-TEST_F(RemotePlaybackTest, followsPausesFromBothSides) {
+TEST_F(RemotePlaybackTest, FollowsPausesFromBothSides) {
     playUntil(3);
     tv().turn(0);  // with the television's remote
     tv().say(Event::paused);
@@ -355,7 +334,7 @@ TEST_F(RemotePlaybackTest, followsPausesFromBothSides) {
 }
 
 // One receiver says rate 1 while it is paused, and another goes on only after a seek.
-TEST_F(RemotePlaybackTest, pausesAndGoesOnWhateverTheRateSays) {
+TEST_F(RemotePlaybackTest, PausesAndGoesOnWhateverTheRateSays) {
     playUntil(3);
     tv().report = [this](double seconds) -> VideoControl::Reported {
         PlaybackReport report = tv().usual(seconds);
@@ -377,12 +356,12 @@ TEST_F(RemotePlaybackTest, pausesAndGoesOnWhateverTheRateSays) {
     playback->pause();
     clock.advance(100ms);
     EXPECT_EQ(phase(), Phase::paused);
-    tv().report = [this](double seconds) -> VideoControl::Reported { return at(seconds); };  // did not obey
+    tv().report = [](double seconds) -> VideoControl::Reported { return at(seconds); };  // did not obey
     clock.advance(5s);
     EXPECT_EQ(phase(), Phase::playing);
 }
 
-TEST_F(RemotePlaybackTest, stopsWithinABoundedTime) {
+TEST_F(RemotePlaybackTest, StopsWithinABoundedTime) {
     play();
     clock.advance(5ms);
     playback->stop();  // nothing plays there yet
@@ -407,7 +386,7 @@ TEST_F(RemotePlaybackTest, stopsWithinABoundedTime) {
     }
 }
 
-TEST_F(RemotePlaybackTest, replacesAMovieOnTheSameConnection) {
+TEST_F(RemotePlaybackTest, ReplacesAMovieOnTheSameConnection) {
     playUntil(5, 50);
     play();
     clock.advance(200ms);
@@ -418,14 +397,14 @@ TEST_F(RemotePlaybackTest, replacesAMovieOnTheSameConnection) {
     EXPECT_EQ(phase(), Phase::playing);
     EXPECT_LT(playback->state().position, 10);
 
-    play(0, {.name = u"other"_s, .identifier = {}, .address = QHostAddress(u"192.0.2.9"_s), .port = 7000});
+    play(0, television(u"192.0.2.9"_s));
     clock.advance(4s);
     ASSERT_EQ(controls.size(), 2U);
     EXPECT_EQ(controls.front()->verbs.last(), u"stop"_s);
     EXPECT_EQ(phase(), Phase::playing);
 }
 
-TEST_F(RemotePlaybackTest, maybeDestroyedAtAnyPoint) {
+TEST_F(RemotePlaybackTest, MaybeDestroyedAtAnyPoint) {
     for (int step = 0; step < 160; ++step) {
         play(step % 2 == 0 ? 0 : 30);
         if (step % 3 == 0) playback->seek(20);

@@ -26,16 +26,10 @@ class ScriptedControl : public VideoControl, public std::enable_shared_from_this
 
     double movesAfter = 0.7;  ///< seconds from `/play`
     double rate = 1;
-    double duration = 120;
 
     PlaybackReport usual(double seconds) {
         setPosition(currentPosition());
-        return {.isReady = seconds > 0.1,
-                .position = position_,
-                .duration = duration,
-                .rate = rate,
-                .uuid = {},
-                .fault = {}};
+        return {.isReady = seconds > 0.1, .position = position_, .duration = 120, .rate = rate};
     }
     /// As with the television's own remote.
     void turn(double wantedRate) {
@@ -43,7 +37,7 @@ class ScriptedControl : public VideoControl, public std::enable_shared_from_this
         rate = wantedRate;
     }
     void say(PlaybackEvent::State state, const QString& reason = {}) {
-        deliver({.state = state, .reason = reason, .uuid = {}, .fault = {}});
+        deliver({.state = state, .reason = reason});
     }
 
     QCoro::Task<Outcome> open() override { return verb(QStringLiteral("open")); }

@@ -48,7 +48,7 @@ TEST(Sidecar, isTakenWhereItBelongsToTheMovie) {
         "A.mkv|A.mp4|A.mp4.velmora|f.ass=f.ass;A.mkv|A.mp4|.A.mp4.velmora|f.ass=f.ass;"
         "A.mkv|A.mkv.velmora|f.srt|a2.srt=a2.srt;A.mkv|A.mp4|f.srt=;A.mkv|._A.mkv|._A.srt|.h.srt|A.txt=.h."
         "srt;"
-        "Am\u00E9lie.mkv|B.mkv|Ame\u0301lie.srt=Ame\u0301lie.srt;Ame.mkv|B.mkv|Ame\u0301.srt=;"
+        "Am\u00E9lie.mkv|B.mkv|Ame\u0301lie.srt=Ame\u0301lie.srt;Amn.mkv|B.mkv|Amn\u0332.srt=;"
         "A.mkv|folder.srt/x.txt="_s;
     for (const QString& row : rows.split(u';')) {
         const QStringList names = row.section(u'=', 0, 0).split(u'|');

@@ -119,18 +119,14 @@ TEST_F(SettingsFileTest, SetsADamagedFileAside) {
 }
 
 TEST_F(SettingsFileTest, LivesInMemoryWhereNothingCanBeWritten) {
-    // A file where the folder should be stops even the superuser.
-    const QByteArray home = qgetenv("XDG_CONFIG_HOME");
-    qputenv("XDG_CONFIG_HOME", "/proc/self/status");
-    {
-        SettingsFile settings(domain_);
-        settings.set(u"a"_s, 1.5);
-        settings.synchronize();
-        EXPECT_EQ(settings.value(u"a"_s), QVariant(1.5));
-        settings.remove(u"a"_s);
-        EXPECT_EQ(settings.value(u"a"_s), std::nullopt);
-    }
-    qputenv("XDG_CONFIG_HOME", home);
+    // A folder where the file should be stops even the superuser.
+    ASSERT_TRUE(QDir().mkpath(path_));
+    SettingsFile settings(domain_);
+    settings.set(u"a"_s, 1.5);
+    settings.synchronize();
+    EXPECT_EQ(settings.value(u"a"_s), QVariant(1.5));
+    settings.remove(u"a"_s);
+    EXPECT_EQ(settings.value(u"a"_s), std::nullopt);
 }
 
 }  // namespace

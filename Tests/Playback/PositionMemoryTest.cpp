@@ -48,6 +48,9 @@ TEST(PositionMemory, RemembersByHowFarTheMovieIs) {
         EXPECT_EQ(memory.savedPosition(movie), expected.saved) << expected.position;
         EXPECT_EQ(preferences.values.contains(u"finished:/films/Movie.mkv"_s), expected.finished)
             << expected.position;
+        memory.remember(movie, 20, 5400);
+        EXPECT_EQ(memory.savedPosition(movie), 20) << "Seen again, it is no longer finished";
+        EXPECT_FALSE(preferences.values.contains(u"finished:/films/Movie.mkv"_s));
     }
 }
 
@@ -64,16 +67,6 @@ TEST(PositionMemory, KnowsAMovieByItsStandardizedPath) {
     // Ten seconds sharp, as an older version may have stored them, are not worth resuming.
     preferences.set(u"position:/films/A%20 ü.mkv"_s, 10.0);
     EXPECT_EQ(memory.savedPosition(plain), std::nullopt);
-}
-
-TEST(PositionMemory, WatchingAgainAfterTheEndCountsAsUnfinished) {
-    MapPreferences preferences;
-    PositionMemory memory(preferences);
-    const QUrl movie = QUrl::fromLocalFile(u"/films/Movie.mkv"_s);
-    memory.remember(movie, 5390, 5400);
-    memory.remember(movie, 20, 5400);
-    EXPECT_EQ(memory.savedPosition(movie), 20);
-    EXPECT_FALSE(preferences.values.contains(u"finished:/films/Movie.mkv"_s));
 }
 
 }  // namespace

@@ -12,22 +12,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Copies made by this program and by its predecessor, and what marks a file as one.
-bool isPreparedCopy(const QString& name, const QSet<QString>& names) {
-    return name.endsWith(u" (Velmora).mp4") || name.endsWith(u" (Orvane).mp4") ||
-           names.contains(name + u".velmora"_s) || names.contains(name + u".orvane"_s);
-}
-
 std::optional<QUrl> largestMovie(const QDir& folder) {
     const QStringList listing = folder.entryList(
         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Unsorted);
-    const QSet<QString> names(listing.cbegin(), listing.cend());
     std::optional<QUrl> largest;
     qint64 largestSize = -1;
     for (const QString& name : listing) {
         const QFileInfo entry(folder, name);
         if (!movieExtensions().contains(entry.suffix().toLower())) continue;
-        if (entry.isDir() || isPreparedCopy(name, names) || entry.size() <= largestSize) continue;
+        if (entry.isDir() || Sidecar::isPreparedOutput(name, listing) || entry.size() <= largestSize)
+            continue;
         largest = QUrl::fromLocalFile(folder.filePath(name));
         largestSize = entry.size();
     }

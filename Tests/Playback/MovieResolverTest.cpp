@@ -24,6 +24,7 @@ TEST(MovieResolver, PicksTheLargestMovieThatIsNoPreparedCopy) {
     const Case cases[] = {
         {{{u"Movie.mkv"_s, 10}, {u"Movie (Velmora).mp4"_s, 20}, {u"sample.mkv"_s, 2}}, {}, u"Movie.mkv"_s},
         {{{u"Movie.mkv"_s, 10}, {u"Movie.mkv.velmora"_s, 1}}, {}, {}},
+        {{{u"Movie.mkv"_s, 10}, {u"Movie.mp4"_s, 20}, {u".Movie.mp4.velmora"_s, 1}}, {}, u"Movie.mkv"_s},
         {{{u"A.mp4"_s, 10}, {u"A.mp4.orvane"_s, 1}, {u"B.M2TS"_s, 1}}, {}, u"B.M2TS"_s},
         {{{u"A (Orvane).mp4"_s, 9}, {u"notes.txt"_s, 99}, {u"clip.mkv/"_s, 0}}, {}, {}},
         {{{u"Movie.mkv"_s, 10}, {u"lone.srt"_s, 1}}, u"lone.srt"_s, u"Movie.mkv"_s},

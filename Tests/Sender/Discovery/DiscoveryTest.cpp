@@ -7,6 +7,7 @@
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QElapsedTimer>
+#include <QHostInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -173,7 +174,9 @@ TEST(DiscoveryWithoutBus, SaysSoAndStillResolvesWhatItCan) {
     ASSERT_TRUE(eventually([&] { return first.isReady() && second.isReady() && third.isReady(); }));
     EXPECT_TRUE(missing.error().contains(discovery->unavailableReason()));
     EXPECT_EQ(vanished, old) << "it may answer where it was";
-    EXPECT_EQ(named ? named->address.toString() : named.error(), u"127.0.0.1"_s);
+    // A bare system may know no names at all, not even this one.
+    if (!QHostInfo::fromName(u"localhost"_s).addresses().isEmpty())
+        EXPECT_EQ(named ? named->address.toString() : named.error(), u"127.0.0.1"_s);
 }
 
 TEST(DiscoveryWithoutBus, MayGoWhileItIsAsked) {

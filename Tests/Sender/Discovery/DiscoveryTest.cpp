@@ -175,8 +175,9 @@ TEST(DiscoveryWithoutBus, SaysSoAndStillResolvesWhatItCan) {
     EXPECT_TRUE(missing.error().contains(discovery->unavailableReason()));
     EXPECT_EQ(vanished, old) << "it may answer where it was";
     // A bare system may know no names at all, not even this one.
-    if (!QHostInfo::fromName(u"localhost"_s).addresses().isEmpty())
+    if (!QHostInfo::fromName(u"localhost"_s).addresses().isEmpty()) {
         EXPECT_EQ(named ? named->address.toString() : named.error(), u"127.0.0.1"_s);
+    }
 }
 
 TEST(DiscoveryWithoutBus, MayGoWhileItIsAsked) {

@@ -1,7 +1,12 @@
 #pragma once
 
+#include "Sender/Discovery/Flavour.h"
+#include "Sender/Pairing/PairingError.h"
+
 #include <QMetaType>
 #include <QString>
+
+#include <optional>
 
 namespace velmora {
 
@@ -14,11 +19,14 @@ struct ConnectionError {
         closed,       ///< by the other side, by the network, or by us
         malformed,    ///< bytes that are no answer
         status,       ///< an answer that is not success: see `status`
+        pairing,      ///< pairing, or the proof of an old one, did not work: see `pairing`
     };
 
     Kind kind = Kind::closed;
     int status = 0;
-    QString detail{};  ///< for the log
+    QString detail{};                     ///< for the log
+    std::optional<Answers::Step> step{};  ///< of getting the receiver ready, where it is known
+    PairingError pairing{};
 
     [[nodiscard]] bool hasStatus(int code) const { return kind == Kind::status && status == code; }
 };

@@ -65,6 +65,8 @@ QString unreachable(const Receiver& receiver, const ConnectionError& error) {
             return u"What answers at %1 does not speak AirPlay."_s.arg(place(receiver));
         case Kind::status:
             return refusedWithStatus(error.status);
+        case Kind::pairing:
+            return explanation(error.pairing);
     }
     return {};
 }
@@ -74,6 +76,8 @@ QString refused(const ConnectionError& error) {
     switch (error.kind) {
         case Kind::status:
             return refusedWithStatus(error.status);
+        case Kind::pairing:
+            return explanation(error.pairing);
         case Kind::timeout:
             return u"The television stopped answering."_s;
         case Kind::malformed:

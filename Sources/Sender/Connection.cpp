@@ -19,7 +19,7 @@ bool isInterim(const Response& response) {
 Connection::Connection(Clock& clock, std::unique_ptr<Channel> channel)
     : clock_(clock), channel_(std::move(channel)) {
     connect(channel_.get(), &Channel::received, this, &Connection::receive);
-    connect(channel_.get(), &Channel::closed, this, &Connection::close);
+    connect(channel_.get(), &Channel::closed, this, &Connection::end);
 }
 
 Connection::~Connection() {
@@ -78,12 +78,17 @@ void Connection::receive(const QByteArray& bytes) {
     // Without a question the bytes are left alone: behind a 101 they are somebody else's.
     while (inFlight_) {
         auto response = reader_.next();
-        if (!response) return close({.kind = ConnectionError::Kind::malformed, .detail = response.error()});
+        if (!response) return end({.kind = ConnectionError::Kind::malformed, .detail = response.error()});
         if (!*response) return;
         if (isInterim(**response)) continue;
         std::exchange(inFlight_, nullptr)->answer.complete(**std::move(response));
         if (!waiting_.empty()) sendNext();
     }
+}
+
+void Connection::end(const ConnectionError& error) {
+    close(error);
+    Q_EMIT ended(error);
 }
 
 void Connection::close(const ConnectionError& error) {

@@ -49,6 +49,10 @@ class Connection : public QObject {
     /// Gives the channel away: its bytes no longer are answers to requests. Null when it is closed.
     [[nodiscard]] Released release();
 
+  Q_SIGNALS:
+    /// Once, when the channel ends by itself, or by an answer that is none.
+    void ended(const velmora::ConnectionError& error);
+
   private:
     struct Exchange {
         QByteArray request;
@@ -58,6 +62,7 @@ class Connection : public QObject {
 
     void sendNext();
     void receive(const QByteArray& bytes);
+    void end(const ConnectionError& error);
     void close(const ConnectionError& error);
 
     Clock& clock_;

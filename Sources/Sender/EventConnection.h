@@ -20,6 +20,8 @@ class EventConnection : public QObject {
 
   Q_SIGNALS:
     void requested(const velmora::Request& request);
+    /// Once, when it ends by itself.
+    void ended(const velmora::ConnectionError& error);
 
   private:
     void receive(const QByteArray& bytes);

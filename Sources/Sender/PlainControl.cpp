@@ -1,6 +1,7 @@
 #include "Sender/PlainControl.h"
 
 #include "Diagnostics/Log.h"
+#include "Sender/PlaybackVerbs.h"
 #include "Sender/Plist.h"
 
 #include <QUuid>
@@ -10,45 +11,9 @@ using namespace Qt::StringLiterals;
 
 namespace velmora {
 
+using namespace PlaybackVerbs;
+
 namespace {
-
-constexpr Clock::Duration playDeadline = 30s;  // an Apple TV may answer only when it has loaded something
-
-VideoControl::Outcome outcomeOf(const Connection::Answer& answer) {
-    if (!answer) return std::unexpected(answer.error());
-    if (answer->isSuccess()) return {};
-    return std::unexpected(ConnectionError{.kind = ConnectionError::Kind::status,
-                                           .status = answer->status,
-                                           .detail = QString::fromUtf8(answer->reason)});
-}
-
-// Never with the decimal comma of a locale.
-QByteArray decimal(double number) {
-    return QByteArray::number(number, 'f', 6);
-}
-
-double fractionOf(const VideoControl::Movie& movie) {
-    return movie.duration > 0 ? std::min(1.0, movie.start / movie.duration) : 0;
-}
-
-// Older receivers read the start as a fraction, newer ones in seconds, and only as reals.
-QByteArray binaryBody(const VideoControl::Movie& movie, const QByteArray& session) {
-    const QVariantMap body{{u"Content-Location"_s, movie.url.toString(QUrl::FullyEncoded)},
-                           {u"Start-Position"_s, fractionOf(movie)},
-                           {u"Start-Position-Seconds"_s, movie.start},
-                           {u"uuid"_s, movie.uuid},
-                           {u"rate"_s, 1.0},
-                           {u"mediaType"_s, u"file"_s},
-                           {u"streamType"_s, 1},
-                           {u"X-Apple-Session-ID"_s, QString::fromLatin1(session)}};
-    return Plist::encodeBinary(body);
-}
-
-// Lines end in a bare LF: one receiver takes a CR for a part of the address.
-QByteArray textBody(const VideoControl::Movie& movie) {
-    return "Content-Location: " + movie.url.toEncoded() + "\nStart-Position: " + decimal(fractionOf(movie)) +
-           "\n";
-}
 
 bool wantsTextBody(const VideoControl::Outcome& outcome) {
     return !outcome && (outcome.error().hasStatus(400) || outcome.error().hasStatus(415) ||
@@ -137,22 +102,22 @@ QCoro::Task<VideoControl::Outcome> PlainControl::play(Movie movie) {
     const auto self = shared_from_this();
     Request binary = request("POST", "/play");
     binary.headers.append("Content-Type", "application/x-apple-binary-plist");
-    binary.body = binaryBody(movie, session_);
+    binary.body = playBody(movie, session_);
     const Outcome outcome = co_await sendPlay(binary);
     if (!wantsTextBody(outcome)) co_return outcome;
     Request text = request("POST", "/play");
     text.headers.append("Content-Type", "text/parameters");
-    text.body = textBody(movie);
+    text.body = playText(movie);
     co_return co_await sendPlay(text);
 }
 
 QCoro::Task<VideoControl::Outcome> PlainControl::sendPlay(Request play) {
     const auto self = shared_from_this();
-    constexpr int attempts = 4;  // Apple's boxes answer 500 now and then
     for (int attempt = 1;; ++attempt) {
         const Connection::Answer answer = co_await send(play, playDeadline);
         const Outcome outcome = outcomeOf(answer);
-        if (outcome || !outcome.error().hasStatus(500) || attempt == attempts || closed_) co_return outcome;
+        if (outcome || !outcome.error().hasStatus(500) || attempt == playAttempts || closed_)
+            co_return outcome;
         const Completion<bool> pause = nap_.wait(clock_, 1s);
         co_await pause;
     }
@@ -173,17 +138,7 @@ QCoro::Task<VideoControl::Outcome> PlainControl::stop() {
 QCoro::Task<VideoControl::Reported> PlainControl::playbackInfo() {
     const auto self = shared_from_this();
     const Connection::Answer answer = co_await get("/playback-info");
-    if (!answer) co_return std::unexpected(answer.error());
-    // Nothing to tell: an empty answer, or 500 on an idle Apple TV, or a verb that is not known.
-    const bool isEmpty = answer->body.trimmed().isEmpty();
-    if (answer->status == 500 || answer->status == 404 || answer->status == 501 ||
-        (answer->isSuccess() && isEmpty))
-        co_return PlaybackReport();
-    if (const Outcome outcome = outcomeOf(answer); !outcome) co_return std::unexpected(outcome.error());
-    const auto plist = Plist::decode(answer->body);
-    if (plist) co_return PlaybackReport::fromPlist(*plist);
-    co_return std::unexpected(
-        ConnectionError{.kind = ConnectionError::Kind::malformed, .detail = plist.error()});
+    co_return reportIn(answer);
 }
 
 void PlainControl::close() {

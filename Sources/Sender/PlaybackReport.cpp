@@ -1,6 +1,8 @@
 #include "Sender/PlaybackReport.h"
 
-#include <cmath>
+#include "Sender/MediaTime.h"
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -8,25 +10,9 @@ namespace velmora {
 
 namespace {
 
-constexpr double longestMovie = 1'000'000;  // seconds; anything beyond is not a time
-
-std::optional<double> seconds(const QVariant& value) {
-    bool isNumber = false;
-    const double number = value.toDouble(&isNumber);
-    if (!isNumber || !std::isfinite(number) || std::abs(number) > longestMovie) return std::nullopt;
-    return number;
-}
-
-// Newer receivers tell times as a fraction.
-std::optional<double> secondsOfFraction(const QVariantMap& time) {
-    const double scale = time.value(u"timescale"_s).toDouble();
-    const bool isValid = (time.value(u"flags"_s).toLongLong() & 1) != 0 && scale > 0;
-    return isValid ? seconds(time.value(u"value"_s).toDouble() / scale) : std::nullopt;
-}
-
 double time(const QVariantMap& map, const QString& key) {
-    if (const auto plain = seconds(map.value(key))) return *plain;
-    return secondsOfFraction(map.value(key + u"CMTime"_s).toMap()).value_or(0);
+    if (const auto plain = MediaTime::fromPlist(map.value(key))) return *plain;
+    return MediaTime::fromPlist(map.value(key + u"CMTime"_s)).value_or(0);
 }
 
 std::optional<PlaybackFault> faultIn(const QVariantMap& map) {
@@ -51,7 +37,7 @@ PlaybackReport PlaybackReport::fromPlist(const QVariant& plist) {
     return {.isReady = map.value(u"readyToPlay"_s).toBool(),
             .position = time(map, u"position"_s),
             .duration = std::max(0.0, time(map, u"duration"_s)),
-            .rate = seconds(map.value(u"rate"_s)),
+            .rate = MediaTime::fromPlist(map.value(u"rate"_s)),
             .uuid = map.value(u"uuid"_s).toString(),
             .fault = faultIn(map)};
 }

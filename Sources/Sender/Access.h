@@ -14,6 +14,8 @@
 
 namespace velmora {
 
+class PairingMessenger;
+
 /// What this sender has to show to a receiver.
 struct Credentials {
     std::optional<HapCredentials> pairing;
@@ -37,6 +39,9 @@ class Access : public std::enable_shared_from_this<Access> {
 
     /// A new connection, trusted as the flavour asks: sealed for `transient` and `paired`. It answers the
     /// receiver's question for the password by itself. One call at a time.
+    ///
+    /// A proof that fails is given a second time, since receivers err in about one of two hundred. That is
+    /// never a PIN, so it lengthens no pause.
     [[nodiscard]] QCoro::Task<Link> link();
 
     /// A bare connection to another port of the receiver, at the address that `link` found.
@@ -50,13 +55,26 @@ class Access : public std::enable_shared_from_this<Access> {
     [[nodiscard]] Flavour flavour() const { return flavour_; }
 
   private:
+    using Messenger = std::shared_ptr<PairingMessenger>;
+
     Access(Clock& clock, const Receiver& receiver, Flavour flavour, Credentials credentials);
+
+    [[nodiscard]] QCoro::Task<Link> attempt(QString transientPassword);
+    [[nodiscard]] QCoro::Task<Link> verify(Messenger messenger);
+    [[nodiscard]] QCoro::Task<Link> setUpTransient(Messenger messenger, QString password);
+    [[nodiscard]] QCoro::Task<Link> exchangeKeys(Messenger messenger);
+    [[nodiscard]] QCoro::Task<Link> verifyLegacy(Messenger messenger, LegacyCredentials credentials);
+    [[nodiscard]] Link ready(const Messenger& messenger) const;
+    [[nodiscard]] Link sealed(const Messenger& messenger, const Secret& shared) const;
+    [[nodiscard]] bool mayHaveErred(const ConnectionError& error) const;
 
     Clock& clock_;
     Receiver receiver_;
     Flavour flavour_;
     Credentials credentials_;
     std::shared_ptr<Dialer> dialer_;
+    Messenger messenger_;  // while a connection is not ready yet
+    bool closed_ = false;
 };
 
 }  // namespace velmora

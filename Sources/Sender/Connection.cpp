@@ -1,5 +1,7 @@
 #include "Sender/Connection.h"
 
+#include <QPointer>
+
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -27,6 +29,29 @@ Connection::~Connection() {
 }
 
 QCoro::Task<Connection::Answer> Connection::send(Request request, Clock::Duration deadline) {
+    const QPointer<Connection> self(this);
+    authorise(request);
+    Answer answer = co_await exchange(request, deadline);
+    if (!self || !takeChallenge(answer)) co_return answer;
+    authorise(request);
+    co_return co_await exchange(request, deadline);
+}
+
+bool Connection::takeChallenge(const Answer& answer) {
+    constexpr int unauthorised = 401;
+    if (!answer || answer->status != unauthorised || password_.isEmpty()) return false;
+    auto challenge = DigestChallenge::parse(answer->headers.value("WWW-Authenticate"));
+    if (!challenge) return false;
+    authorisation_.emplace(*std::move(challenge), password_);
+    return true;
+}
+
+void Connection::authorise(Request& request) {
+    if (!authorisation_) return;
+    request.headers.set("Authorization", authorisation_->authorization(request.method, request.target));
+}
+
+QCoro::Task<Connection::Answer> Connection::exchange(Request request, Clock::Duration deadline) {
     const auto exchange = std::make_shared<Exchange>();
     exchange->request = request.encoded();
     if (isOpen()) {
@@ -44,7 +69,10 @@ QCoro::Task<Connection::Answer> Connection::send(Request request, Clock::Duratio
 }
 
 void Connection::sendLast(const Request& request) {
-    if (isOpen()) channel_->write(request.encoded());
+    if (!isOpen()) return;
+    Request authorised = request;
+    authorise(authorised);
+    channel_->write(authorised.encoded());
 }
 
 QHostAddress Connection::localAddress() const {

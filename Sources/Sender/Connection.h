@@ -3,6 +3,7 @@
 #include "Sender/Channel.h"
 #include "Sender/Completion.h"
 #include "Sender/Message.h"
+#include "Sender/Pairing/Digest.h"
 #include "System/Clock.h"
 
 #include <QCoroTask>
@@ -12,6 +13,7 @@
 #include <deque>
 #include <expected>
 #include <memory>
+#include <optional>
 
 namespace velmora {
 
@@ -38,6 +40,10 @@ class Connection : public QObject {
     /// For farewells that nobody can wait for.
     void sendLast(const Request& request);
 
+    /// What a 401 is answered with: the request is sent once more, with the whole deadline again, and all
+    /// later ones show the password unasked. A second 401 is the answer. Empty: none.
+    void setPassword(const QString& password) { password_ = password; }
+
     [[nodiscard]] bool isOpen() const { return channel_ && channel_->isOpen(); }
     [[nodiscard]] QHostAddress localAddress() const;
     [[nodiscard]] QHostAddress peerAddress() const;
@@ -60,6 +66,9 @@ class Connection : public QObject {
         Clock::Timer deadline;
     };
 
+    [[nodiscard]] QCoro::Task<Answer> exchange(Request request, Clock::Duration deadline);
+    [[nodiscard]] bool takeChallenge(const Answer& answer);
+    void authorise(Request& request);
     void sendNext();
     void receive(const QByteArray& bytes);
     void end(const ConnectionError& error);
@@ -70,6 +79,8 @@ class Connection : public QObject {
     MessageReader<Response> reader_;
     std::shared_ptr<Exchange> inFlight_;
     std::deque<std::shared_ptr<Exchange>> waiting_;
+    QString password_;
+    std::optional<DigestAnswer> authorisation_;  // to the connection's last challenge
 };
 
 }  // namespace velmora

@@ -11,14 +11,14 @@ std::shared_ptr<Dialer> Dialer::make(Clock& clock, Receiver receiver) {
     return std::shared_ptr<Dialer>(new Dialer(clock, std::move(receiver)));
 }
 
-QCoro::Task<Dialer::Dialed> Dialer::dial() {
+QCoro::Task<Dialer::Dialed> Dialer::dial(std::optional<quint16> port) {
     const auto self = shared_from_this();
     const QList<QHostAddress> candidates = co_await addresses();
     ConnectionError error{.kind = ConnectionError::Kind::unreachable, .detail = u"no such host"_s};
     for (const QHostAddress& address : candidates) {
         if (closed_) break;
         dialing_ = std::make_unique<TcpChannel>(clock_);
-        const TcpChannel::Opened opened = dialing_->open(address, receiver_.port, deadline());
+        const TcpChannel::Opened opened = dialing_->open(address, port.value_or(receiver_.port), deadline());
         const std::expected<void, ConnectionError> outcome = co_await opened;
         if (closed_) break;
         if (outcome) {

@@ -11,6 +11,7 @@
 #include <QList>
 
 #include <memory>
+#include <optional>
 
 namespace velmora {
 
@@ -26,8 +27,8 @@ class Dialer : public std::enable_shared_from_this<Dialer> {
     [[nodiscard]] static std::shared_ptr<Dialer> make(Clock& clock, Receiver receiver);
 
     /// The first of the receiver's addresses that answers; the later calls take the same one. One call at a
-    /// time. Fails with what the last address tried answered.
-    [[nodiscard]] QCoro::Task<Dialed> dial();
+    /// time. Fails with what the last address tried answered. `port`: another one than the receiver's own.
+    [[nodiscard]] QCoro::Task<Dialed> dial(std::optional<quint16> port = {});
 
     /// Ends a wait with `closed`; nothing is dialed any more.
     void close();

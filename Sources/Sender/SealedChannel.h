@@ -13,8 +13,9 @@ class SealedChannel : public Channel {
     Q_OBJECT
 
   public:
-    /// From now on every byte of `inner` is sealed.
-    SealedChannel(std::unique_ptr<Channel> inner, ChannelKeys keys);
+    /// From now on every byte of `inner` is sealed. `unread`: what was received on it before, behind the last
+    /// byte in the open.
+    SealedChannel(std::unique_ptr<Channel> inner, ChannelKeys keys, const QByteArray& unread = {});
 
     void write(const QByteArray& bytes) override;
     void close() override;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtGlobal>  // first: without it moc stumbles over the standard headers
+
 #include <chrono>
 #include <coroutine>
 #include <functional>

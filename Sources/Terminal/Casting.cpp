@@ -3,13 +3,14 @@
 #include "Diagnostics/Log.h"
 #include "Playback/MovieResolver.h"
 #include "Playback/PositionMemory.h"
+#include "Sender/Discovery/Discovery.h"
 #include "Sender/MediaServer.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/Terminal.h"
 #include "Terminal/TerminalText.h"
 
 #include <QFileInfo>
-#include <QHostInfo>
+#include <QPointer>
 
 #include <algorithm>
 #include <utility>
@@ -42,8 +43,13 @@ bool isMoving(Phase phase) {
 
 }  // namespace
 
-Casting::Casting(const CommandLine& line, Terminal& terminal, Clock& clock, PositionMemory& memory)
-    : line_(line), terminal_(terminal), clock_(clock), memory_(memory) {
+Casting::Casting(const CommandLine& line, const World& world)
+    : line_(line),
+      terminal_(world.terminal),
+      clock_(world.clock),
+      memory_(world.memory),
+      discovery_(world.discovery),
+      finder_(world.clock, world.discovery, world.known) {
     connect(&job_, &PreparationJob::updated, this, [this](const auto& update) {
         if (report_) report_->show(update);
     });
@@ -51,27 +57,30 @@ Casting::Casting(const CommandLine& line, Terminal& terminal, Clock& clock, Posi
     connect(&terminal_, &Terminal::keyPressed, this, &Casting::press);
 }
 
-Casting::~Casting() {
-    if (lookup_) QHostInfo::abortHostLookup(*lookup_);
-}
+Casting::~Casting() = default;
 
 void Casting::start() {
     const auto movie = resolveMovie(QUrl::fromLocalFile(line_.movies.first()));
     if (!movie) return fail(u"No movie found at %1."_s.arg(line_.movies.first()));
     movie_ = *movie;
-    const QString& host = line_.television.host;
-    if (host.isEmpty()) return prepare();
-    // Looked up again when it is needed; but after a long preparation is no time to learn of a typing error.
-    terminal_.showLine(TerminalText::fit(u"Looking up %1…"_s.arg(host), terminal_.look().columns));
-    lookup_ = QHostInfo::lookupHost(host, this, &Casting::takeLookup);
+    discovery_.start();
+    find();
 }
 
-void Casting::takeLookup(const QHostInfo& answer) {
-    lookup_.reset();
+// It is found again when it is needed; but after a long preparation is no time to learn of a typing error.
+QCoro::Task<> Casting::find() {
+    const QPointer<Casting> alive = this;
+    const QString looking = u"Looking for %1…"_s.arg(line_.television);
+    terminal_.showLine(TerminalText::fit(looking, terminal_.look().columns));
+    const TelevisionFinder::Found found = co_await finder_.find(line_.television);
+    if (!alive || isOver_ || isInterrupted_) co_return;
     terminal_.clearLine();
-    if (answer.addresses().isEmpty())
-        return fail(u"There is no %1 on the network: %2."_s.arg(answer.hostName(), answer.errorString()));
-    prepare();
+    if (found) {
+        television_ = *found;
+        prepare();
+    } else {
+        fail(found.error());
+    }
 }
 
 void Casting::prepare() {
@@ -87,7 +96,19 @@ void Casting::takePrepared() {
     report_.reset();
     if (isInterrupted_) return finish(interruptedStatus);
     if (!outcome) return finish(failedStatus);
-    play(*outcome);
+    reach(*outcome);
+}
+
+QCoro::Task<> Casting::reach(PreparedMovie prepared) {
+    const QPointer<Casting> alive = this;
+    const TelevisionFinder::Found found = co_await finder_.resolve(television_);
+    if (!alive || isOver_ || isInterrupted_) co_return;
+    if (found) {
+        television_ = *found;
+        play(prepared);
+    } else {
+        fail(found.error());
+    }
 }
 
 void Casting::play(const PreparedMovie& prepared) {
@@ -99,9 +120,9 @@ void Casting::play(const PreparedMovie& prepared) {
 
     const double position = startPosition(prepared.duration);
     const QString file = prepared.result.file.toLocalFile();
-    logger().notice(u"playing %1 on %2 from %3s"_s.arg(QFileInfo(file).fileName(), line_.television.name)
+    logger().notice(u"playing %1 on %2 from %3s"_s.arg(QFileInfo(file).fileName(), television_.name)
                         .arg(static_cast<qint64>(position)));
-    playback_->play(line_.television, {file, prepared.duration, position});
+    playback_->play(television_, {file, prepared.duration, position});
     terminal_.startKeys();
     tick();
 }
@@ -131,7 +152,7 @@ void Casting::tellPhase(const RemotePlayback::State& state) {
     // On a terminal the line itself tells.
     if (terminal_.isInteractive()) return;
     if (state.phase == Phase::playing)
-        terminal_.print(u"Playing on %1"_s.arg(line_.television.name));
+        terminal_.print(u"Playing on %1"_s.arg(television_.name));
     else if (state.phase == Phase::paused)
         terminal_.print(u"Paused at %1"_s.arg(ProgressLine::clockTime(state.position)));
 }
@@ -139,7 +160,7 @@ void Casting::tellPhase(const RemotePlayback::State& state) {
 void Casting::redraw() {
     if (report_) report_->redraw();
     if (!playback_ || isOver_) return;
-    terminal_.showLine(ProgressLine::playing(playback_->state(), line_.television.name, terminal_.look()));
+    terminal_.showLine(ProgressLine::playing(playback_->state(), television_.name, terminal_.look()));
 }
 
 void Casting::tick() {
@@ -219,6 +240,7 @@ void Casting::interrupt() {
 }
 
 void Casting::fail(const QString& reason) {
+    isOver_ = true;
     logger().error(u"cast: "_s + reason);
     terminal_.print(reason);
     finish(failedStatus);

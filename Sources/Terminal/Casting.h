@@ -6,17 +6,19 @@
 #include "Terminal/Keys.h"
 #include "Terminal/PreparationJob.h"
 #include "Terminal/PreparationReport.h"
+#include "Terminal/TelevisionFinder.h"
 
+#include <QCoroTask>
 #include <QObject>
 #include <QUrl>
 
 #include <memory>
 #include <optional>
 
-class QHostInfo;
-
 namespace velmora {
 
+class Discovery;
+class KnownReceivers;
 class MediaServer;
 class PositionMemory;
 class Terminal;
@@ -27,7 +29,16 @@ class Casting : public QObject {
     Q_OBJECT
 
   public:
-    Casting(const CommandLine& line, Terminal& terminal, Clock& clock, PositionMemory& memory);
+    /// All of them must outlive it.
+    struct World {
+        Terminal& terminal;
+        Clock& clock;
+        PositionMemory& memory;
+        Discovery& discovery;
+        KnownReceivers& known;
+    };
+
+    Casting(const CommandLine& line, const World& world);
     ~Casting() override;
 
     void start();
@@ -40,9 +51,10 @@ class Casting : public QObject {
     void finished(int exitStatus);
 
   private:
-    void takeLookup(const QHostInfo& answer);
+    QCoro::Task<> find();
     void prepare();
     void takePrepared();
+    QCoro::Task<> reach(PreparedMovie prepared);
     void play(const PreparedMovie& prepared);
     [[nodiscard]] double startPosition(double duration);
     void takeState();
@@ -61,9 +73,11 @@ class Casting : public QObject {
     Terminal& terminal_;
     Clock& clock_;
     PositionMemory& memory_;
+    Discovery& discovery_;
 
     QUrl movie_;
-    std::optional<int> lookup_;
+    TelevisionFinder finder_;
+    Receiver television_;
     PreparationJob job_;
     std::optional<PreparationReport> report_;
     std::unique_ptr<MediaServer> server_;

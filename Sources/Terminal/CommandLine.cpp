@@ -1,14 +1,12 @@
 #include "Terminal/CommandLine.h"
 
-#include <optional>
-
 namespace velmora {
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Reads the arguments one by one; what it has read stands in `line` and `television`.
+/// Reads the arguments one by one; what it has read stands in the members.
 class Parser {
   public:
     explicit Parser(const QStringList& arguments) : rest_(arguments) {}
@@ -34,58 +32,79 @@ class Parser {
         else if (argument == u"--version")
             line_.action = CommandLine::Action::version;
         else if (argument == u"--prepare-only")
-            prepareOnly_ = true;
+            line_.action = CommandLine::Action::prepareOnly;
+        else if (argument == u"--list")
+            line_.action = CommandLine::Action::list;
         else if (argument == u"--start-over")
             line_.startOver = true;
         else if (argument == u"--re-encode")
             line_.reEncode = true;
         else if (argument == u"--to" || argument.startsWith(u"--to="))
             return readTelevision(argument);
-        else
+        else if (argument == u"--forget" || argument.startsWith(u"--forget=")) {
+            line_.action = CommandLine::Action::forget;
+            return readTelevision(argument);
+        } else
             return std::unexpected(u"there is no option %1"_s.arg(argument));
         return {};
     }
 
     std::expected<void, QString> readTelevision(const QString& argument) {
         const qsizetype equals = argument.indexOf(u'=');
-        if (equals < 0 && rest_.isEmpty()) return std::unexpected(u"--to wants a television after it"_s);
-        const QString text = equals < 0 ? rest_.takeFirst() : argument.sliced(equals + 1);
-        const auto television = Receiver::fromText(text);
-        if (!television) return std::unexpected(television.error());
-        television_ = *television;
+        const bool isApart = equals < 0;
+        if (isApart && (rest_.isEmpty() || rest_.first().startsWith(u'-')))
+            return std::unexpected(u"%1 wants a television after it"_s.arg(argument));
+        line_.television = (isApart ? rest_.takeFirst() : argument.sliced(equals + 1)).trimmed();
+        if (line_.television.isEmpty()) return std::unexpected(u"the television's name is empty"_s);
         return {};
     }
 
     std::expected<CommandLine, QString> check() {
-        if (line_.action != CommandLine::Action::cast) return line_;
-        if (line_.movies.isEmpty()) return std::unexpected(u"which movie?"_s);
-        if (line_.movies.contains(QString())) return std::unexpected(u"a movie's name is empty"_s);
-        return prepareOnly_ ? checkPreparing() : checkCasting();
+        using enum CommandLine::Action;
+        switch (line_.action) {
+            case cast:
+                return checkCasting();
+            case prepareOnly:
+                return checkPreparing();
+            case list:
+            case forget:
+                if (!line_.movies.isEmpty())
+                    return std::unexpected(
+                        u"no movie is played here, so leave “%1” out"_s.arg(line_.movies.first()));
+                return line_;
+            default:
+                return line_;
+        }
     }
 
-    std::expected<CommandLine, QString> checkPreparing() {
-        if (television_) return std::unexpected(u"--prepare-only plays nothing, so leave --to out"_s);
+    std::expected<void, QString> checkMovies() const {
+        if (line_.movies.isEmpty()) return std::unexpected(u"which movie?"_s);
+        if (line_.movies.contains(QString())) return std::unexpected(u"a movie's name is empty"_s);
+        return {};
+    }
+
+    std::expected<CommandLine, QString> checkPreparing() const {
+        if (const auto movies = checkMovies(); !movies) return std::unexpected(movies.error());
+        if (!line_.television.isEmpty())
+            return std::unexpected(u"--prepare-only plays nothing, so leave --to out"_s);
         if (line_.startOver)
             return std::unexpected(u"--prepare-only plays nothing, so leave --start-over out"_s);
-        line_.action = CommandLine::Action::prepareOnly;
         return line_;
     }
 
-    std::expected<CommandLine, QString> checkCasting() {
+    std::expected<CommandLine, QString> checkCasting() const {
+        if (const auto movies = checkMovies(); !movies) return std::unexpected(movies.error());
         if (line_.movies.size() > 1) return std::unexpected(u"one movie at a time"_s);
-        if (!television_) {
+        if (line_.television.isEmpty()) {
             return std::unexpected(
-                u"on which television? Name it with --to HOST[:PORT], as in --to 192.168.1.20 or "
-                "--to living-room.local:7000"_s);
+                u"on which television? Name it with --to, as in --to \"Living Room\" or --to 192.168.1.20; "
+                "--list shows those on the network"_s);
         }
-        line_.television = *television_;
         return line_;
     }
 
     QStringList rest_;
     CommandLine line_;
-    std::optional<Receiver> television_;
-    bool prepareOnly_ = false;
 };
 
 }  // namespace
@@ -99,15 +118,20 @@ QString CommandLine::help() {
 
   velmora-cast --to TELEVISION [--start-over] [--re-encode] MOVIE
   velmora-cast --prepare-only [--re-encode] MOVIE...
+  velmora-cast --list
+  velmora-cast --forget TELEVISION
 
 MOVIE is a movie file, or a folder: the largest movie in it. Subtitle files
-beside it come along. TELEVISION is HOST or HOST:PORT (port 7000 when left
-out; an IPv6 address with a port stands in brackets).
+beside it come along. TELEVISION is a name that --list shows, or HOST or
+HOST:PORT (port 7000 when left out; an IPv6 address with a port stands in
+brackets).
 
   --to TELEVISION   where to play
   --start-over      play from the beginning, not from where you stopped
   --re-encode       re-encode the video even where repacking would do
   --prepare-only    only prepare; print the path of each file to play
+  --list            print the televisions on the network: name, address, model
+  --forget TELEVISION  forget its password, its pairing and what worked on it
   --help            show this and leave
   --version         show the version and leave
 

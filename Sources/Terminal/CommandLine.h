@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Sender/Receiver.h"
-
 #include <QString>
 #include <QStringList>
 
@@ -11,11 +9,11 @@ namespace velmora {
 
 /// What the user asked `velmora-cast` for. A value.
 struct CommandLine {
-    enum class Action { cast, prepareOnly, help, version };
+    enum class Action { cast, prepareOnly, list, forget, help, version };
 
     Action action = Action::cast;
-    Receiver television;  ///< for `cast`
-    QStringList movies;   ///< exactly one for `cast`, at least one for `prepareOnly`
+    QString television;  ///< for `cast` and `forget`: a name, or HOST[:PORT]
+    QStringList movies;  ///< exactly one for `cast`, at least one for `prepareOnly`
     bool startOver = false;
     bool reEncode = false;
 

@@ -2,9 +2,12 @@
 #include "Diagnostics/Log.h"
 #include "Platform/Linux/SettingsFile.h"
 #include "Playback/PositionMemory.h"
+#include "Sender/Discovery/Discovery.h"
+#include "Sender/Discovery/KnownReceivers.h"
 #include "Terminal/Casting.h"
 #include "Terminal/CommandLine.h"
 #include "Terminal/ExitStatus.h"
+#include "Terminal/ListRun.h"
 #include "Terminal/PrepareRun.h"
 #include "Terminal/Signals.h"
 #include "Terminal/Terminal.h"
@@ -68,9 +71,15 @@ int act(const CommandLine& line, bool drawsBlocks) {
         return complete(run, terminal);
     }
     SystemClock clock;
+    Discovery discovery(clock);
+    if (line.action == CommandLine::Action::list) {
+        ListRun run(clock, discovery, terminal);
+        return complete(run, terminal);
+    }
     SettingsFile settings(u"com.quillet.velmora"_s);
     PositionMemory memory(settings);
-    Casting run(line, terminal, clock, memory);
+    KnownReceivers known(settings);
+    Casting run(line, {terminal, clock, memory, discovery, known});
     return complete(run, terminal);
 }
 

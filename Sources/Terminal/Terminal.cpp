@@ -25,6 +25,7 @@ constexpr std::string_view showCursor = "\x1b[?25h";
 constexpr std::string_view concealCursor = "\x1b[?25l";
 constexpr std::string_view eraseToEnd = "\x1b[K";
 constexpr int usualWidth = 80;
+constexpr qsizetype answerLimit = 256;  // a PIN or a password
 
 // What a signal handler needs to put the terminal back; written only while the flag beside it is down.
 std::atomic<bool> cursorIsHidden = false;
@@ -79,7 +80,7 @@ void Terminal::showLine(const QString& line) {
 }
 
 void Terminal::draw() {
-    if (line_.isEmpty() || !isInForeground(STDERR_FILENO)) return;
+    if (line_.isEmpty() || isAsking() || !isInForeground(STDERR_FILENO)) return;
     hideCursor();
     writeText(u"\r"_s + line_);
     writeAll(eraseToEnd);
@@ -88,16 +89,18 @@ void Terminal::draw() {
 void Terminal::clearLine() {
     if (line_.isEmpty()) return;
     line_.clear();
+    if (isAsking()) return;
     writeAll("\r");
     writeAll(eraseToEnd);
 }
 
 void Terminal::print(const QString& message) {
-    if (!line_.isEmpty()) {
+    if (!line_.isEmpty() || isAsking()) {
         writeAll("\r");
         writeAll(eraseToEnd);
     }
     writeText(TerminalText::printable(message) + u'\n');
+    if (isAsking()) writeText(question_);
     draw();
 }
 
@@ -113,33 +116,93 @@ void Terminal::startKeys() {
     takeInput();
 }
 
-void Terminal::takeInput() {
-    if (!wantsKeys_ || inputIsTaken || !isInForeground(STDIN_FILENO)) return;
-    if (tcgetattr(STDIN_FILENO, &inputBefore) != 0) return;
-    inputIsTaken = true;
-    termios oneByOne = inputBefore;
-    // Signals from the keyboard (Ctrl-C, Ctrl-Z) stay.
-    oneByOne.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-    oneByOne.c_cc[VMIN] = 1;
-    oneByOne.c_cc[VTIME] = 0;
-    // What was typed earlier was not meant for a movie that plays.
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &oneByOne);
-    input_ = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
-    connect(input_.get(), &QSocketNotifier::activated, this, [this] { readKeys(); });
+void Terminal::ask(const QString& question, bool secret) {
+    giveInputBack();
+    if (!line_.isEmpty()) {
+        writeAll("\r");
+        writeAll(eraseToEnd);
+    }
+    asks_ = secret ? Asks::secretly : Asks::openly;
+    answer_.clear();
+    question_ = TerminalText::printable(question);
+    if (cursorIsHidden.exchange(false)) writeAll(showCursor);
+    writeText(question_);
+    takeInput();
 }
 
-void Terminal::readKeys() {
+void Terminal::stopAsking() {
+    if (!isAsking()) return;
+    asks_ = Asks::nothing;
+    writeAll("\n");
+    giveInputBack();
+    takeInput();
+    draw();
+}
+
+void Terminal::takeInput() {
+    const bool isTerminal = isatty(STDIN_FILENO) != 0;
+    if (input_ || (!wantsKeys_ && !isAsking()) || (isTerminal && !isInForeground(STDIN_FILENO))) return;
+    if (isTerminal) {
+        if (tcgetattr(STDIN_FILENO, &inputBefore) != 0) return;
+        inputIsTaken = true;
+        termios wanted = inputBefore;
+        // Signals from the keyboard (Ctrl-C, Ctrl-Z) stay.
+        if (!isAsking()) {
+            wanted.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+            wanted.c_cc[VMIN] = 1;
+            wanted.c_cc[VTIME] = 0;
+        } else if (asks_ == Asks::secretly) {
+            wanted.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        }
+        // What was typed earlier was not meant for this.
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &wanted);
+    }
+    input_ = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
+    connect(input_.get(), &QSocketNotifier::activated, this, [this] { readInput(); });
+}
+
+void Terminal::readInput() {
     // In the background a read would stop the program.
-    if (!isInForeground(STDIN_FILENO)) return;
+    if (isatty(STDIN_FILENO) != 0 && !isInForeground(STDIN_FILENO)) return;
     std::array<char, 64> buffer;
-    const ssize_t count = read(STDIN_FILENO, buffer.data(), buffer.size());
+    // Byte by byte, so that what stands behind the line in a pipe is left for the next question.
+    const ssize_t count = read(STDIN_FILENO, buffer.data(), isAsking() ? 1 : buffer.size());
     if (count < 0 && (errno == EINTR || errno == EAGAIN)) return;
     if (count <= 0) {
-        // The terminal is gone; its signal follows.
+        // Where it was a terminal, that is gone, and its signal follows.
         input_->setEnabled(false);
+        if (isAsking()) Q_EMIT inputEnded();
         return;
     }
+    if (isAsking()) return readLine(buffer.front());
     for (const Key key : keyReader_.read(QByteArray(buffer.data(), count))) Q_EMIT keyPressed(key);
+}
+
+void Terminal::readLine(char byte) {
+    if (byte != '\n') {
+        if (answer_.size() < answerLimit) answer_ += byte;
+        return;
+    }
+    const QString line = QString::fromLocal8Bit(answer_);
+    answer_.fill('\0');
+    // With what was typed the terminal has begun a new line, unless it keeps a secret.
+    const bool beginsLine = isatty(STDIN_FILENO) == 0 || asks_ == Asks::secretly;
+    asks_ = Asks::nothing;
+    if (beginsLine) writeAll("\n");
+    giveInputBack();
+    takeInput();
+    Q_EMIT lineEntered(line);
+}
+
+void Terminal::giveInputBack() {
+    if (input_) {
+        input_->setEnabled(false);
+        input_.release()->deleteLater();  // this may run inside its own signal
+    }
+    if (inputIsTaken) {
+        tcsetattr(STDIN_FILENO, TCSANOW, &inputBefore);
+        inputIsTaken = false;
+    }
 }
 
 void Terminal::suspend() {
@@ -147,15 +210,13 @@ void Terminal::suspend() {
         writeAll("\r");
         writeAll(eraseToEnd);
     }
-    if (input_) {
-        input_->setEnabled(false);
-        input_.release()->deleteLater();  // this may run inside its own signal
-    }
+    giveInputBack();
     restoreAtOnce();
 }
 
 void Terminal::resume() {
     takeInput();
+    if (isAsking()) writeText(question_);
     draw();
 }
 

@@ -42,6 +42,14 @@ class Terminal : public QObject {
     /// program is in its foreground.
     void startKeys();
 
+    /// Asks for a line, which arrives as `lineEntered`; then keys go on, if they were started. What is drawn
+    /// in place waits meanwhile. `secret`: it is not shown while it is typed. Standard input need not be a
+    /// terminal.
+    void ask(const QString& question, bool secret);
+    /// Asks no more.
+    void stopAsking();
+    [[nodiscard]] bool isAsking() const { return asks_ != Asks::nothing; }
+
     /// Gives the terminal back for a while, and takes it again.
     void suspend();
     void resume();
@@ -51,10 +59,17 @@ class Terminal : public QObject {
 
   Q_SIGNALS:
     void keyPressed(velmora::Key key);
+    void lineEntered(const QString& line);
+    /// Standard input ended while a line was asked for: nobody will ever answer.
+    void inputEnded();
 
   private:
-    void readKeys();
+    enum class Asks { nothing, openly, secretly };
+
+    void readInput();
+    void readLine(char byte);
     void takeInput();
+    void giveInputBack();
     void hideCursor();
     void draw();
 
@@ -63,6 +78,9 @@ class Terminal : public QObject {
     bool wantsKeys_ = false;
     QString line_;
     KeyReader keyReader_;
+    Asks asks_ = Asks::nothing;
+    QString question_;
+    QByteArray answer_;
     std::unique_ptr<QSocketNotifier> input_;
 };
 

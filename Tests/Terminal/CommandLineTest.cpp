@@ -12,7 +12,7 @@ namespace {
 
 CommandLine casting(const QString& television, const QString& movie) {
     CommandLine line;
-    line.television = *velmora::Receiver::fromText(television);
+    line.television = television;
     line.movies = {movie};
     return line;
 }
@@ -40,6 +40,12 @@ TEST(CommandLine, ReadsWhatItUnderstands) {
         ASSERT_TRUE(read) << typed.toStdString() << ": " << read.error().toStdString();
         EXPECT_TRUE(parts(*read) == parts(expected)) << typed.toStdString();
     }
+    const auto named = CommandLine::parse({u"--to= Living Room "_s, u"a.mkv"_s});
+    EXPECT_EQ(named->television, u"Living Room"_s);
+    const auto forgetting = CommandLine::parse({u"--forget"_s, u"Living Room"_s});
+    EXPECT_EQ(forgetting->action, Action::forget);
+    EXPECT_EQ(forgetting->television, u"Living Room"_s);
+    EXPECT_EQ(CommandLine::parse({u"--list"_s})->action, Action::list);
     EXPECT_EQ(CommandLine::parse({u"--help"_s})->action, Action::help);
     EXPECT_EQ(CommandLine::parse({u"--version"_s, u"x"_s, u"y"_s})->action, Action::version);
 }
@@ -51,8 +57,8 @@ TEST(CommandLine, RefusesTheRestWithAReason) {
         {u"--to tv a.mkv b.mkv"_s, u"one movie"_s},
         {u"--list"_s, u"no option --list"_s},
         {u"a.mkv --to"_s, u"wants a television"_s},
-        {u"--to --re-encode a.mkv"_s, u"is no address"_s},
-        {u"--to tv:0 a.mkv"_s, u"names no port"_s},
+        {u"--to --re-encode a.mkv"_s, u"wants a television"_s},
+        {u"--to= a.mkv"_s, u"name is empty"_s},
         {u"--prepare-only --to tv a.mkv"_s, u"leave --to out"_s},
         {u"--prepare-only --start-over a.mkv"_s, u"leave --start-over out"_s},
         {u"--prepare-only"_s, u"which movie"_s},

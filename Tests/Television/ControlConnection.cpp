@@ -1,6 +1,6 @@
 #include "Television/ControlConnection.h"
 
-#include <algorithm>
+#include "Television/Responses.h"
 
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
@@ -10,24 +10,35 @@ namespace velmora::test {
 namespace {
 
 constexpr Clock::Duration patience = 55s;
-constexpr qsizetype uuidLength = 36;
+constexpr Clock::Duration patienceWithTyping = 180s;
 
 }  // namespace
 
-ControlConnection::ControlConnection(Clock& clock, QTcpSocket* socket, QObject* parent)
-    : QObject(parent), clock_(clock), socket_(socket) {
-    socket->setParent(this);
-    connect(socket, &QTcpSocket::readyRead, this, &ControlConnection::receive);
-    connect(socket, &QTcpSocket::disconnected, this, &ControlConnection::closed);
+ControlConnection::ControlConnection(Context& context, QTcpSocket* socket, QObject* parent)
+    : QObject(parent), context_(context), socket_(socket), rules_(socket->peerAddress()) {
+    connect(&socket_, &SealedSocket::received, this, &ControlConnection::receive);
+    connect(&socket_, &SealedSocket::closed, this, &ControlConnection::closed);
+    connect(&socket_, &SealedSocket::broken, this, [this](const QString& reason) {
+        context_.complain(reason);
+        abort();
+    });
     restartIdleTimer();
 }
 
-void ControlConnection::answer(const Response& response, bool bareLineEnd, bool omitEmptyLength) {
+void ControlConnection::answer(Response response) {
     busy_ = false;
+    response.version = request_.version;
+    if (request_.headers.contains("CSeq")) response.headers.append("CSeq", request_.headers.value("CSeq"));
+    if (isSealed()) response.headers.append("Server", "AirTunes/870.14.1");
     QByteArray bytes = response.encoded();
-    if (omitEmptyLength && response.body.isEmpty()) bytes.replace("Content-Length: 0\r\n", "");
-    if (bareLineEnd) bytes.remove(bytes.indexOf('\r'), 1);
-    socket_->write(bytes);
+    if (context_.does(Misbehaviour::omitsLengths) && response.body.isEmpty())
+        bytes.replace("Content-Length: 0\r\n", "");
+    if (context_.does(Misbehaviour::endsLinesBare)) bytes.remove(bytes.indexOf('\r'), 1);
+    socket_.write(bytes);
+    if (const auto keys = std::exchange(keys_, std::nullopt)) {
+        socket_.seal(*keys);
+        rules_.seal();
+    }
     restartIdleTimer();
 }
 
@@ -38,35 +49,30 @@ void ControlConnection::reverse() {
 
 void ControlConnection::send(const Request& event) {
     unanswered_ += 1;
-    socket_->write(event.encoded());
+    socket_.write(event.encoded());
 }
 
-void ControlConnection::receive() {
-    if (reversed_)
-        receiveAnswers();
-    else
-        receiveRequest();
-}
-
-void ControlConnection::receiveRequest() {
-    requests_.feed(socket_->readAll());
+void ControlConnection::receive(const QByteArray& bytes) {
+    if (reversed_) {
+        answers_.feed(bytes);
+        return receiveAnswers();
+    }
+    requests_.feed(bytes);
     const auto next = requests_.next();
     if (!next) return refuse(next.error());
     if (!*next) return;
-    const Request& request = **next;
     if (busy_) return refuse(u"a second request before the answer to the first"_s);
     if (!requests_.takeRest().isEmpty()) return refuse(u"more behind a request, before its answer"_s);
-    const QString wrong = complaint(request);
+    request_ = **next;
+    const QString wrong = rules_.complaint(request_);
     if (!wrong.isEmpty())
-        return refuse(QString::fromLatin1(request.method + ' ' + request.target + ": ") + wrong);
-    session_ = request.headers.value("X-Apple-Session-ID");
+        return refuse(QString::fromLatin1(request_.method + ' ' + request_.target + ": ") + wrong);
     busy_ = true;
     idle_.cancel();
-    Q_EMIT requested(request);
+    Q_EMIT requested(request_);
 }
 
 void ControlConnection::receiveAnswers() {
-    answers_.feed(socket_->readAll());
     for (;;) {
         const auto next = answers_.next();
         if (!next) return refuse(next.error());
@@ -76,31 +82,16 @@ void ControlConnection::receiveAnswers() {
     }
 }
 
-QString ControlConnection::complaint(const Request& request) const {
-    const Headers& headers = request.headers;
-    if (std::ranges::any_of(headers, [](const auto& header) { return header.second.isEmpty(); }))
-        return u"a header without a value"_s;
-    if (headers.contains("Expect")) return u"an expectation"_s;
-    if (headers.contains("CSeq") && request.version == "HTTP/1.1") return u"CSeq in HTTP"_s;
-    if (request.method != "GET" && !headers.contains("Content-Length")) return u"no Content-Length"_s;
-    const QByteArray session = headers.value("X-Apple-Session-ID");
-    if (headers.contains("Host") && session.isEmpty()) return u"a Host without a session"_s;
-    if (request.target != "/server-info" && session.size() != uuidLength) return u"no session"_s;
-    if (!session_.isEmpty() && session != session_) return u"another session on the same connection"_s;
-    return {};
-}
-
 void ControlConnection::refuse(const QString& reason) {
-    Q_EMIT refused(reason);
-    Response response;
-    response.status = 400;
-    response.reason = "Bad Request";
-    socket_->write(response.encoded());
+    context_.complain(reason);
+    socket_.write(response(400).encoded());
     close();
 }
 
 void ControlConnection::restartIdleTimer() {
-    idle_ = clock_.after(patience, [this] { close(); });
+    if (reversed_) return;
+    const bool someoneTypes = request_.target.startsWith("/pair-");
+    idle_ = context_.clock.after(someoneTypes ? patienceWithTyping : patience, [this] { close(); });
 }
 
 }  // namespace velmora::test

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Sender/Message.h"
-#include "System/Clock.h"
+#include "Television/Context.h"
+#include "Television/RequestRules.h"
+#include "Television/SealedSocket.h"
 
 #include <QObject>
-#include <QTcpSocket>
 
 namespace velmora::test {
 
@@ -14,14 +14,19 @@ class ControlConnection : public QObject {
     Q_OBJECT
 
   public:
-    ControlConnection(Clock& clock, QTcpSocket* socket, QObject* parent = nullptr);
+    ControlConnection(Context& context, QTcpSocket* socket, QObject* parent = nullptr);
 
     /// To the request at hand.
-    void answer(const Response& response, bool bareLineEnd, bool omitEmptyLength);
-    void close() { socket_->disconnectFromHost(); }
-    void abort() { socket_->abort(); }
+    void answer(Response response);
+    void close() { socket_.close(); }
+    void abort() { socket_.abort(); }
 
-    [[nodiscard]] const QByteArray& session() const { return session_; }
+    /// Everything behind the next answer is sealed.
+    void sealNext(const ChannelKeys& keys) { keys_ = keys; }
+    [[nodiscard]] bool isSealed() const { return socket_.isSealed(); }
+
+    [[nodiscard]] QByteArray session() const { return rules_.session(); }
+    [[nodiscard]] QHostAddress sender() const { return socket_.sender(); }
 
     /// After `answer` with 101: the roles are swapped, and the receiver asks.
     void reverse();
@@ -31,22 +36,21 @@ class ControlConnection : public QObject {
 
   Q_SIGNALS:
     void requested(const velmora::Request& request);
-    void refused(const QString& reason);
     void closed();
 
   private:
-    void receive();
-    void receiveRequest();
+    void receive(const QByteArray& bytes);
     void receiveAnswers();
-    [[nodiscard]] QString complaint(const Request& request) const;
     void refuse(const QString& reason);
     void restartIdleTimer();
 
-    Clock& clock_;
-    QTcpSocket* socket_;
+    Context& context_;
+    SealedSocket socket_;
+    RequestRules rules_;
+    std::optional<ChannelKeys> keys_;
     MessageReader<Request> requests_;
     MessageReader<Response> answers_;
-    QByteArray session_;
+    Request request_;  // that waits for its answer
     bool busy_ = false;
     bool reversed_ = false;
     int unanswered_ = 0;

@@ -26,6 +26,16 @@ const QCommandLineOption portOption(u"port"_s, u"The port to listen on (any that
                                     u"0"_s);
 const QCommandLineOption misbehaveOption(u"misbehave"_s, u"Get something wrong; may be repeated."_s,
                                          u"KIND"_s);
+const QCommandLineOption flavourOption(
+    u"flavour"_s, u"plain, password, legacy-keys, legacy-pin, transient or paired (plain)."_s, u"FLAVOUR"_s,
+    u"plain"_s);
+const QCommandLineOption handoverOption(
+    u"handover"_s, u"How it takes movies in an encrypted session: play or queue (play)."_s, u"HANDOVER"_s,
+    u"play"_s);
+const QCommandLineOption pinOption(u"pin"_s, u"The PIN that it shows (1234)."_s, u"PIN"_s, u"1234"_s);
+const QCommandLineOption passwordOption(u"password"_s, u"Ask for this password."_s, u"PASSWORD"_s);
+const QCommandLineOption modelOption(u"model"_s, u"Its model, such as AppleTV14,1."_s, u"MODEL"_s);
+const QCommandLineOption versionOption(u"os-version"_s, u"The version of its system."_s, u"VERSION"_s);
 const QCommandLineOption durationOption(u"duration"_s, u"End after so many seconds."_s, u"SECONDS"_s, u"0"_s);
 
 std::expected<Television::Options, QString> optionsFrom(const QCommandLineParser& parser) {
@@ -36,6 +46,16 @@ std::expected<Television::Options, QString> optionsFrom(const QCommandLineParser
     bool isPort = false;
     options.port = parser.value(portOption).toUShort(&isPort);
     if (!isPort) return std::unexpected(u"“%1” is not a port."_s.arg(parser.value(portOption)));
+    const auto flavour = Television::Options::readFlavour(parser.value(flavourOption));
+    if (!flavour) return std::unexpected(u"There is no flavour “%1”."_s.arg(parser.value(flavourOption)));
+    options.flavour = *flavour;
+    const auto handover = Television::Options::readHandover(parser.value(handoverOption));
+    if (!handover) return std::unexpected(u"There is no handover “%1”."_s.arg(parser.value(handoverOption)));
+    options.handover = *handover;
+    options.pin = parser.value(pinOption);
+    options.password = parser.value(passwordOption);
+    options.model = parser.value(modelOption);
+    options.systemVersion = parser.value(versionOption);
     for (const QString& text : parser.values(misbehaveOption)) {
         const auto misbehaviour = readMisbehaviour(text);
         if (!misbehaviour) return std::unexpected(misbehaviour.error());
@@ -55,7 +75,8 @@ int main(int argc, char** argv) {
         "misbehaviour:\n"_s +
         misbehaviourHelp());
     parser.addHelpOption();
-    parser.addOptions({nameOption, addressOption, portOption, misbehaveOption, durationOption});
+    parser.addOptions({nameOption, addressOption, portOption, flavourOption, handoverOption, pinOption,
+                       passwordOption, modelOption, versionOption, misbehaveOption, durationOption});
     parser.process(application);
 
     QTextStream errors(stderr);

@@ -25,6 +25,20 @@ enum class Misbehaviour {
     hidesDuration,
     stopsSlowly,
     playsOn,
+    wantsPin,
+    doubtsPin,
+    forgets,
+    restricted,
+    isBusy,
+    isTakenOver,
+    refusesPtp,
+    refusesNtp,
+    refusesStream,
+    opensEventsLate,
+    hidesInfo,
+    asksConsent,
+    sleeps,
+    ends,
 };
 
 using Misbehaviours = QMap<Misbehaviour, double>;

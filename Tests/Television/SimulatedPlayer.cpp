@@ -26,7 +26,7 @@ SimulatedPlayer::SimulatedPlayer(Clock& clock, const Misbehaviours& misbehaviour
 void SimulatedPlayer::load(const Movie& movie) {
     stop();
     movie_ = movie;
-    wantedRate_ = 1;
+    wantedRate_ = movie.paused ? 0 : 1;
     setState(State::loading);
     if (does(Misbehaviour::neverFetches)) return;
     fetcher_ = std::make_unique<MediaFetcher>(movie.url);

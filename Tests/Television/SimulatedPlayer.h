@@ -27,6 +27,7 @@ class SimulatedPlayer : public QObject {
         QString uuid;
         double startSeconds = 0;
         double startFraction = 0;  ///< where it counts, `startSeconds` is below zero
+        bool paused = false;       ///< until it is told a rate
     };
 
     SimulatedPlayer(Clock& clock, const Misbehaviours& misbehaviours, QObject* parent = nullptr);

@@ -1,42 +1,42 @@
 #pragma once
 
-#include "Sender/Message.h"
 #include "Sender/Receiver.h"
-#include "System/Clock.h"
-#include "Television/ControlConnection.h"
-#include "Television/Misbehaviour.h"
+#include "Television/Context.h"
+#include "Television/Guest.h"
+#include "Television/Pairings.h"
+#include "Television/PlayVerbs.h"
 #include "Television/SimulatedPlayer.h"
 
-#include <QHostAddress>
 #include <QObject>
 #include <QStringList>
 #include <QTcpServer>
 
 #include <expected>
-#include <optional>
 
 namespace velmora::test {
 
-/// A receiver that takes video over plain HTTP, without authentication, and is strict wherever some real
-/// receiver is. Lives in tests, and as a program of its own.
+/// A receiver of video in any of the flavours that there are, strict wherever some real receiver is. Lives
+/// in tests, and as a program of its own.
 class Television : public QObject {
     Q_OBJECT
 
   public:
-    struct Options {
-        QString name = QStringLiteral("Television");
-        QHostAddress address{QHostAddress::LocalHost};
-        quint16 port = 0;  ///< 0: any
-        Misbehaviours misbehaviours{};
-    };
+    using Options = TelevisionOptions;
 
-    Television(Clock& clock, Options options, QObject* parent = nullptr);
+    Television(Clock& clock, const Options& options, QObject* parent = nullptr);
+    ~Television() override;
 
     [[nodiscard]] std::expected<void, QString> listen();
+    /// As a sender that has seen its announcement knows it.
     [[nodiscard]] Receiver receiver() const;
 
     /// For the viewer's remote, and to see what plays.
     [[nodiscard]] SimulatedPlayer& player() { return player_; }
+
+    /// The PIN to type; changes only what is shown from now on.
+    [[nodiscard]] const QString& pin() const { return options_.pin; }
+    /// As when its settings are reset.
+    void forgetPairings() { pairings_.forget(); }
 
     /// What a sender did wrong, in the order of doing.
     [[nodiscard]] const QStringList& complaints() const { return complaints_; }
@@ -45,55 +45,30 @@ class Television : public QObject {
     [[nodiscard]] int unansweredEvents() const;
 
   Q_SIGNALS:
-    /// A line for whoever watches: what plays now, or what is wrong.
+    /// A line for whoever watches: what plays now, a PIN ("PIN 1234"), or what is wrong.
     void said(const QString& line);
 
   private:
-    using Verb = std::optional<Response> (Television::*)(ControlConnection&, const Request&);
-    struct Route {
-        const char* method;
-        const char* path;
-        Verb verb;
-    };
-    static const QList<Route> routes;
-
     void accept();
-    void closed(ControlConnection* connection);
-    void dispatch(ControlConnection& connection, const Request& request);
-    [[nodiscard]] std::optional<Response> answerTo(ControlConnection& connection, const Request& request);
-    void reply(ControlConnection& connection, const Response& response);
-
-    std::optional<Response> serverInfo(ControlConnection& connection, const Request& request);
-    std::optional<Response> reverse(ControlConnection& connection, const Request& request);
-    std::optional<Response> play(ControlConnection& connection, const Request& request);
-    std::optional<Response> rate(ControlConnection& connection, const Request& request);
-    std::optional<Response> scrub(ControlConnection& connection, const Request& request);
-    std::optional<Response> showScrub(ControlConnection& connection, const Request& request);
-    std::optional<Response> playbackInfo(ControlConnection& connection, const Request& request);
-    std::optional<Response> stop(ControlConnection& connection, const Request& request);
-    std::optional<Response> volume(ControlConnection& connection, const Request& request);
-
+    void left(Guest* guest);
     void misbehaveAfterPlay();
     void tell(SimulatedPlayer::State state, const QString& reason);
     void sendEvent(const QString& state, const QString& reason);
-    Response refuse(const QString& reason);
-    [[nodiscard]] bool does(Misbehaviour misbehaviour) const {
-        return options_.misbehaviours.contains(misbehaviour);
-    }
+    void complain(const QString& reason);
 
     Clock& clock_;
     Options options_;
     QTcpServer server_;
     SimulatedPlayer player_;
-    QList<ControlConnection*> connections_;
-    ControlConnection* playing_ = nullptr;  // the one that brought the movie
-    int failures_ = 0;
+    Context context_;
+    Pairings pairings_;
+    PlayVerbs verbs_;
+    QList<Guest*> guests_;
     bool silent_ = false;
     QStringList complaints_;
     QList<QByteArray> requests_;
     Clock::Timer dropping_;
     Clock::Timer falling_;
-    Clock::Timer stopping_;
 };
 
 }  // namespace velmora::test

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Sender/Pairing/SecureFrames.h"
+
+#include <QObject>
+#include <QTcpSocket>
+
+#include <memory>
+#include <optional>
+
+namespace velmora::test {
+
+/// A sender's socket, sealed from the moment that there are keys for it.
+class SealedSocket : public QObject {
+    Q_OBJECT
+
+  public:
+    /// Takes the socket over.
+    explicit SealedSocket(QTcpSocket* socket, QObject* parent = nullptr);
+
+    /// Every byte from here on is sealed; `keys` are the sender's.
+    void seal(const ChannelKeys& keys);
+    [[nodiscard]] bool isSealed() const { return opener_.has_value(); }
+
+    /// Frames are longer than the sender may make them: it has to take these.
+    void write(const QByteArray& bytes);
+    void close() { socket_->disconnectFromHost(); }
+    void abort() { socket_->abort(); }
+    [[nodiscard]] QHostAddress sender() const { return socket_->peerAddress(); }
+
+  Q_SIGNALS:
+    void received(const QByteArray& bytes);
+    /// The connection can only be ended now.
+    void broken(const QString& reason);
+    void closed();
+
+  private:
+    void receive();
+    [[nodiscard]] QString takeFrames(QByteArray& text);
+
+    QTcpSocket* socket_;
+    Secret sealing_;
+    quint64 sealed_ = 0;
+    std::optional<FrameOpener> opener_;
+    QByteArray pending_;
+};
+
+}  // namespace velmora::test

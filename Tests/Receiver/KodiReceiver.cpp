@@ -28,14 +28,16 @@ QString KodiReceiver::whatIsMissing() {
     if (QDir(u"/usr/lib"_s).entryList({u"*-linux-gnu"_s}).filter(u"x86_64"_s).isEmpty() ||
         QDir(u"/usr/lib/x86_64-linux-gnu/kodi"_s).entryList({u"kodi.bin"_s}).isEmpty())
         return u"Kodi is not installed"_s;
-    for (const QString& tool : {u"Xvfb"_s, u"pulseaudio"_s, u"ip"_s, u"curl"_s, u"import"_s, u"convert"_s})
+    for (const QString& tool : {u"Xvfb"_s, u"pulseaudio"_s, u"ip"_s, u"curl"_s, u"import"_s, u"convert"_s,
+                                u"avahi-daemon"_s, u"dbus-daemon"_s})
         if (QStandardPaths::findExecutable(tool).isEmpty()) return u"there is no %1"_s.arg(tool);
     return geteuid() == 0 ? QString() : u"network namespaces want root"_s;
 }
 
-KodiReceiver::KodiReceiver() {
+KodiReceiver::KodiReceiver(const QString& password) {
     script_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    script_.start(QStringLiteral(KODI_RECEIVER), {u"start"_s});
+    script_.start(QStringLiteral(KODI_RECEIVER), {u"start"_s, u"--name"_s, shownName.toString(),
+                                                  u"--password"_s, password, u"--announce"_s});
     QByteArray said;
     while (said.count('\n') < 2 && script_.waitForReadyRead(patience))
         said += script_.readAllStandardOutput();
@@ -48,6 +50,17 @@ KodiReceiver::KodiReceiver() {
 KodiReceiver::~KodiReceiver() {
     script_.closeWriteChannel();
     script_.waitForFinished();
+}
+
+void KodiReceiver::tell(const QByteArray& command) {
+    script_.write(command + '\n');
+    while (!script_.canReadLine() && script_.waitForReadyRead(patience)) {
+    }
+    (void)script_.readLine();
+}
+
+void KodiReceiver::stop() const {
+    (void)ask(u"Player.Stop"_s, R"({"playerid": 1})");
 }
 
 QJsonValue KodiReceiver::ask(const QString& method, const QByteArray& parameters) const {

@@ -14,14 +14,22 @@ class KodiReceiver {
     /// Absent rights or packages; empty when nothing is missing.
     [[nodiscard]] static QString whatIsMissing();
 
-    /// Waits until it is ready; `address` is empty when it never was.
-    KodiReceiver();
+    /// Announced on a cable that has an Avahi daemon at each end, under a name that wants care. Waits until
+    /// it is ready; `address` is empty when it never was.
+    explicit KodiReceiver(const QString& password = {});
     ~KodiReceiver();
     KodiReceiver(const KodiReceiver&) = delete;
     KodiReceiver& operator=(const KodiReceiver&) = delete;
 
+    static constexpr QStringView shownName = u"Wohnzimmer ☂ & <Co>";
     /// HOST:PORT.
     [[nodiscard]] const QString& address() const { return address_; }
+    /// The message bus on this side of the cable, with the Avahi daemon that sees it.
+    [[nodiscard]] QString bus() const { return QStringLiteral("unix:path=%1/viewer.bus").arg(directory_); }
+
+    /// The process is killed; a new one starts at the same address.
+    void die() { tell("kill"); }
+    void comeBack() { tell("revive"); }
 
     [[nodiscard]] bool isPlaying() const;
     /// Its player as it tells itself: time, speed, subtitles.
@@ -29,11 +37,14 @@ class KodiReceiver {
     /// Seconds.
     [[nodiscard]] double position() const;
     void showSubtitles(bool on) const;
+    /// With its own remote control.
+    void stop() const;
 
     /// Saves what it shows. The share of nearly white pixels in the lower third, where subtitles stand.
     [[nodiscard]] double whiteBelow(const QString& screenshot) const;
 
   private:
+    void tell(const QByteArray& command);
     [[nodiscard]] QJsonValue ask(const QString& method, const QByteArray& parameters) const;
 
     QProcess script_;

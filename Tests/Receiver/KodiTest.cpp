@@ -24,12 +24,20 @@ class KodiTest : public testing::Test {
     void SetUp() override {
         const QString missing = KodiReceiver::whatIsMissing();
         if (!missing.isEmpty()) GTEST_SKIP() << "No real receiver here: " << missing.toStdString();
-        kodi_.emplace();
-        ASSERT_FALSE(kodi_->address().isEmpty());
+        start();
         ASSERT_EQ(QProcess::execute(QStringLiteral(MAKE_MOVIE), {movie_}), 0);
     }
 
-    [[nodiscard]] QStringList arguments() const { return {u"--to"_s, kodi_->address(), movie_}; }
+    void start(const QString& password = {}) {
+        kodi_.reset();
+        kodi_.emplace(password);
+        ASSERT_FALSE(kodi_->address().isEmpty());
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", kodi_->bus().toUtf8());
+    }
+
+    [[nodiscard]] QStringList arguments() const {
+        return {u"--to"_s, KodiReceiver::shownName.toString(), movie_};
+    }
 
     const QTemporaryDir folder_;
     const QString movie_ = folder_.filePath(u"Movie.mkv"_s);
@@ -94,6 +102,26 @@ TEST_F(KodiTest, PlaysPausesSeeksStopsAndResumes) {
     again.type("\x03");
     EXPECT_EQ(again.wait(), 130);
     EXPECT_FALSE(kodi_->isPlaying());
+}
+
+TEST_F(KodiTest, TellsItsRemoteControlFromItsDeath) {
+    {
+        OnTerminal cast(QStringLiteral(VELMORA_CAST), arguments());
+        ASSERT_TRUE(cast.shows("Playing on"));
+        kodi_->stop();
+        EXPECT_EQ(cast.wait(), 0);
+        EXPECT_TRUE(cast.screen().contains("stopped at the television")) << cast.screen().constData();
+    }
+    OnTerminal cast(QStringLiteral(VELMORA_CAST), arguments());
+    ASSERT_TRUE(cast.shows("Playing on"));
+    kodi_->die();
+    EXPECT_EQ(cast.wait(), 1);
+    EXPECT_TRUE(cast.screen().contains("connection to the television was lost")) << cast.screen().constData();
+    kodi_->comeBack();
+    OnTerminal again(QStringLiteral(VELMORA_CAST), arguments());
+    ASSERT_TRUE(again.shows("Playing on"));
+    again.type("q");
+    EXPECT_EQ(again.wait(), 0);
 }
 
 TEST_F(KodiTest, ShowsPictureAndSubtitles) {

@@ -1,0 +1,183 @@
+#include "Platform/Linux/MpvPlayer.h"
+
+#include "Diagnostics/Log.h"
+
+#include <QFile>
+
+#include <mpv/client.h>
+
+#include <algorithm>
+#include <array>
+#include <clocale>
+#include <utility>
+
+namespace velmora {
+
+using namespace Qt::StringLiterals;
+
+MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : QObject(parent) {
+    std::setlocale(LC_NUMERIC, "C");
+    mpv_ = mpv_create();
+    if (!mpv_) {
+        logger().error(u"player: libmpv does not start"_s);
+        return;
+    }
+    const std::pair<const char*, QByteArray> settings[] = {
+        {"config", "no"},
+        {"terminal", "no"},
+        {"load-scripts", "no"},
+        {"ytdl", "no"},
+        {"osc", "no"},
+        {"osd-level", "0"},
+        {"idle", "yes"},
+        {"pause", "yes"},
+        {"keep-open", "yes"},
+        {"hr-seek", "yes"},
+        // Without it a seek to just before an open group of pictures lands some frames late.
+        {"hr-seek-demuxer-offset", "0.25"},
+        // Files beside the movie are in it already, where they belong to it.
+        {"sub-auto", "no"},
+        {"audio-file-auto", "no"},
+        {"cover-art-auto", "no"},
+        {"audio-client-name", "Velmora"},
+        {"audio-fallback-to-null", "yes"},
+        {"vo", "null"},
+        {"hwdec", options.hardwareDecoding.toUtf8()},
+    };
+    for (const auto& [name, value] : settings) mpv_set_option_string(mpv_, name, value.constData());
+    if (options.isMute) mpv_set_option_string(mpv_, "ao", "null");
+    if (const int error = mpv_initialize(mpv_); error < 0) {
+        logger().error(u"player: libmpv does not start: "_s + QString::fromUtf8(mpv_error_string(error)));
+        mpv_terminate_destroy(std::exchange(mpv_, nullptr));
+        return;
+    }
+    mpv_request_log_messages(mpv_, "error");
+    mpv_observe_property(mpv_, 0, "time-pos", MPV_FORMAT_DOUBLE);
+    mpv_observe_property(mpv_, 0, "eof-reached", MPV_FORMAT_FLAG);
+    const auto wake = [](void* self) {
+        auto* player = static_cast<MpvPlayer*>(self);
+        QMetaObject::invokeMethod(player, &MpvPlayer::takeEvents, Qt::QueuedConnection);
+    };
+    mpv_set_wakeup_callback(mpv_, wake, this);
+}
+
+MpvPlayer::~MpvPlayer() {
+    if (!mpv_) return;
+    mpv_set_wakeup_callback(mpv_, nullptr, nullptr);
+    mpv_terminate_destroy(mpv_);
+}
+
+void MpvPlayer::load(const QString& file) {
+    reset();
+    stage_ = Stage::loading;
+    setPaused(true);
+    if (mpv_) return send({"loadfile", QFile::encodeName(file)}, Reply::loading);
+    const auto tell = [this] { Q_EMIT failed(u"The movie cannot be played: libmpv does not start."_s); };
+    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+}
+
+void MpvPlayer::unload() {
+    reset();
+    send({"stop"}, Reply::none);
+}
+
+/// Forgets the file, and makes nothing of what mpv still says about it.
+void MpvPlayer::reset() {
+    ++generation_;
+    stage_ = Stage::empty;
+    awaitedEntry_ = 0;
+    hasEnded_ = isAsking_ = isSettling_ = isChangingTrack_ = haveTracksChanged_ = false;
+    position_.reset();
+    duration_.reset();
+    tracks_.clear();
+    nextTrack_[0].reset();
+    nextTrack_[1].reset();
+    answer(seeking_, false);
+    answer(nextSeek_, false);
+}
+
+void MpvPlayer::setPaused(bool paused) {
+    isPaused_ = paused;
+    set("pause", paused ? "yes" : "no", Reply::none);
+}
+
+void MpvPlayer::setKeepsLastPicture(bool on) {
+    set("keep-open", on ? "yes" : "no", Reply::none);
+}
+
+void MpvPlayer::setDraws(bool on) {
+    // At once: whoever calls is about to free what mpv draws with, or has just made it.
+    if (mpv_) mpv_set_property_string(mpv_, "vo", on ? "libmpv" : "null");
+}
+
+std::optional<double> MpvPlayer::position() const {
+    if (nextSeek_) return nextSeek_->seconds;
+    return seeking_ ? seeking_->seconds : position_;
+}
+
+void MpvPlayer::seek(double seconds, Seek how, std::function<void(bool)> done) {
+    answer(nextSeek_, false);
+    nextSeek_ = WantedSeek{std::max(seconds, 0.0), how, std::move(done)};
+    if (stage_ == Stage::empty) return answer(nextSeek_, false);
+    goOn();
+}
+
+void MpvPlayer::selectTrack(MediaGroup::Kind kind, std::optional<int> number) {
+    nextTrack_[static_cast<int>(kind)] = number.value_or(0);
+    goOn();
+}
+
+/// Sends what is next, unless something is under way.
+void MpvPlayer::goOn() {
+    if (stage_ != Stage::ready || seeking_ || isChangingTrack_) return;
+    for (const auto& [next, property] :
+         {std::pair{&nextTrack_[0], "aid"}, std::pair{&nextTrack_[1], "sid"}}) {
+        const auto number = std::exchange(*next, std::nullopt);
+        if (!number) continue;
+        isChangingTrack_ = true;
+        return set(property, *number == 0 ? "no" : QByteArray::number(*number), Reply::trackChanged);
+    }
+    if (!nextSeek_) return;
+    hasEnded_ = false;
+    seeking_ = std::exchange(nextSeek_, std::nullopt);
+    sendSeek();
+}
+
+void MpvPlayer::sendSeek() {
+    const bool isExact = seeking_->how == Seek::exact;
+    send({"seek", QByteArray::number(seeking_->seconds, 'f', 6),
+          isExact ? "absolute+exact" : "absolute+keyframes"},
+         Reply::seekSent);
+}
+
+void MpvPlayer::endSeek(bool finished) {
+    isSettling_ = false;
+    answer(seeking_, finished);
+    goOn();
+}
+
+void MpvPlayer::answer(std::optional<WantedSeek>& seek, bool finished) {
+    const auto answered = std::exchange(seek, std::nullopt);
+    if (!answered || !answered->done) return;
+    const auto tell = [done = answered->done, finished] { done(finished); };
+    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+}
+
+quint64 MpvPlayer::tagged(Reply reply) const {
+    return generation_ << replyBits | static_cast<quint64>(reply);
+}
+
+void MpvPlayer::send(const QList<QByteArray>& words, Reply reply) {
+    if (!mpv_) return;
+    std::array<const char*, 8> pointers{};
+    for (qsizetype index = 0; index < words.size(); ++index) pointers.at(index) = words[index].constData();
+    mpv_command_async(mpv_, tagged(reply), pointers.data());
+}
+
+void MpvPlayer::set(const char* property, const QByteArray& value, Reply reply) {
+    if (!mpv_) return;
+    const char* text = value.constData();
+    mpv_set_property_async(mpv_, tagged(reply), property, MPV_FORMAT_STRING, static_cast<void*>(&text));
+}
+
+}  // namespace velmora

@@ -1,0 +1,192 @@
+// The local player over real movies, with real decoding and no sound device.
+#include "Platform/Linux/MpvPlayer.h"
+#include "Platform/WaitFor.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <mpv/client.h>
+#include <mpv/render.h>
+
+namespace velmora {
+namespace {
+
+using namespace Qt::StringLiterals;
+using test::waitFor;
+using Kind = MediaGroup::Kind;
+using Seek = MpvPlayer::Seek;
+using testing::ElementsAre;
+
+QString sample(const char* name) {
+    return QStringLiteral(VELMORA_SAMPLE_MOVIES "/") + QString::fromLatin1(name);
+}
+
+class MpvPlayerTest : public testing::Test {
+  protected:
+    MpvPlayerTest() {
+        QObject::connect(&player, &MpvPlayer::ready, [this] { ++readies; });
+        QObject::connect(&player, &MpvPlayer::ended, [this] { ++ends; });
+        QObject::connect(&player, &MpvPlayer::failed, [this](const QString& why) { failures.append(why); });
+    }
+
+    void load(const QString& file) {
+        const int before = readies;
+        player.load(file);
+        ASSERT_TRUE(waitFor([&] { return readies > before; }));
+    }
+    /// Where it got to; below zero when the seek did not finish.
+    double seek(double seconds, Seek how = Seek::exact) {
+        std::optional<bool> finished;
+        player.seek(seconds, how, [&](bool done) { finished = done; });
+        EXPECT_TRUE(waitFor([&] { return finished.has_value(); }));
+        return finished.value_or(false) ? player.position().value_or(-2) : -1;
+    }
+
+    int readies = 0;
+    int ends = 0;
+    QStringList failures;
+    MpvPlayer player{{.isMute = true, .hardwareDecoding = u"no"_s}};
+};
+
+/// Draws what a window would show.
+class Canvas {
+  public:
+    explicit Canvas(MpvPlayer& player) : player_(player) {
+        std::string api = MPV_RENDER_API_TYPE_SW;
+        mpv_render_param parameters[] = {{MPV_RENDER_PARAM_API_TYPE, api.data()}, {}};
+        EXPECT_EQ(mpv_render_context_create(&context_, player.handle(), parameters), 0);
+        player.setDraws(true);
+    }
+    ~Canvas() {
+        player_.setDraws(false);
+        mpv_render_context_free(context_);
+    }
+
+    /// The next picture that comes.
+    QByteArray picture() {
+        EXPECT_TRUE(
+            waitFor([&] { return (mpv_render_context_update(context_) & MPV_RENDER_UPDATE_FRAME) != 0; }));
+        int size[] = {160, 90};
+        std::size_t stride = 640;
+        QByteArray pixels(640 * 90, '\0');
+        std::string format = "bgr0";
+        mpv_render_param parameters[] = {{MPV_RENDER_PARAM_SW_SIZE, size},
+                                         {MPV_RENDER_PARAM_SW_FORMAT, format.data()},
+                                         {MPV_RENDER_PARAM_SW_STRIDE, &stride},
+                                         {MPV_RENDER_PARAM_SW_POINTER, pixels.data()},
+                                         {}};
+        EXPECT_EQ(mpv_render_context_render(context_, parameters), 0);
+        return pixels;
+    }
+
+  private:
+    MpvPlayer& player_;
+    mpv_render_context* context_ = nullptr;
+};
+
+TEST_F(MpvPlayerTest, LoadsPausedSeeksPlaysAndEnds) {
+    load(sample("as-is.mp4"));
+    EXPECT_TRUE(player.isPaused());
+    EXPECT_NEAR(player.duration().value_or(0), 4, 0.05);
+    EXPECT_EQ(player.position(), 0.0);
+    EXPECT_NEAR(seek(2.5), 2.5, 0.03);
+    EXPECT_LT(seek(3.9, Seek::keyFrame), 3.91);
+    EXPECT_TRUE(player.isPaused());
+
+    EXPECT_NEAR(seek(3.2), 3.2, 0.03);
+    player.setPaused(false);
+    ASSERT_TRUE(waitFor([this] { return ends == 1; }));
+    EXPECT_TRUE(player.isPaused());
+    EXPECT_TRUE(player.hasEnded());
+    EXPECT_NEAR(player.position().value_or(0), 4, 0.1);
+    EXPECT_NEAR(seek(1), 1, 0.05);
+    EXPECT_FALSE(player.hasEnded());
+    EXPECT_NEAR(seek(1000), 4, 0.1) << "past the end is the last picture";
+    EXPECT_THAT(failures, ElementsAre());
+}
+
+TEST_F(MpvPlayerTest, SeeksWaitForTheFileAndTheLastOneCounts) {
+    std::vector<bool> first;
+    std::vector<bool> second;
+    std::vector<bool> third;
+    player.load(sample("as-is.mp4"));
+    player.seek(3, Seek::exact, [&](bool finished) { first.push_back(finished); });
+    player.seek(1, Seek::exact, [&](bool finished) { second.push_back(finished); });
+    EXPECT_EQ(player.position(), 1.0) << "the target, while it is sought";
+    EXPECT_TRUE(first.empty()) << "never from inside the call";
+    ASSERT_TRUE(waitFor([&] { return !second.empty(); }));
+    EXPECT_THAT(first, ElementsAre(false));
+    EXPECT_THAT(second, ElementsAre(true));
+    EXPECT_NEAR(player.position().value_or(0), 1, 0.03);
+    // Another file ends what the one before was asked for.
+    player.seek(2, Seek::exact, [&](bool finished) { third.push_back(finished); });
+    load(sample("mpeg4.avi"));
+    EXPECT_THAT(third, ElementsAre(false));
+    EXPECT_NEAR(player.position().value_or(-1), 0, 0.05);
+    player.unload();
+    EXPECT_EQ(player.position(), std::nullopt);
+    EXPECT_EQ(seek(1), -1);
+}
+
+TEST_F(MpvPlayerTest, KnowsTheTracks) {
+    load(sample("hevc.mkv"));
+    QStringList lines;
+    for (const MpvPlayer::Track& track : player.tracks()) {
+        lines.append(u"%1 %2 %3 %4%5%6%7"_s.arg(track.kind == Kind::audible ? u"audio"_s : u"text"_s)
+                         .arg(track.number)
+                         .arg(track.language)
+                         .arg(track.channels)
+                         .arg(track.isForced ? u" forced"_s : u""_s,
+                              track.describesSound ? u" sound"_s : u""_s,
+                              track.isSelected ? u" on"_s : u""_s));
+    }
+    EXPECT_EQ(lines.join(u'\n').toStdString(),
+              "audio 1 ger 6 on\naudio 2 eng 2\ntext 1 eng 0 sound\ntext 2 ger 0 forced\ntext 3 fre 0");
+}
+
+// A track change just before a seek used to leave the picture grey or in pieces.
+TEST_F(MpvPlayerTest, PicturesAreWholeWhenTracksChangeBetweenSeeks) {
+    load(sample("hevc.mkv"));
+    Canvas canvas(player);
+    static_cast<void>(canvas.picture());
+    const double times[] = {0.5, 1.25, 2, 2.75, 3.5};
+    QList<QByteArray> expected;
+    for (const double time : times) {
+        EXPECT_NEAR(seek(time), time, 0.03);
+        expected.append(canvas.picture());
+    }
+    EXPECT_NE(expected[0], expected[1]);
+    for (int round = 0; round < 12; ++round) {
+        const int index = (round * 3) % 5;
+        player.selectTrack(Kind::audible, 1 + round % 2);
+        player.selectTrack(Kind::legible, round % 3 == 0 ? std::optional<int>() : 1 + round % 2);
+        player.selectTrack(Kind::legible, std::nullopt);
+        EXPECT_NEAR(seek(times[index]), times[index], 0.03);
+        // The seek is made twice, and the first picture may be the broken one.
+        EXPECT_TRUE(canvas.picture() == expected[index] || canvas.picture() == expected[index]) << round;
+    }
+}
+
+TEST_F(MpvPlayerTest, SaysWhyAFileCannotBePlayed) {
+    const QTemporaryDir folder;
+    QFile text(folder.filePath(u"text.mkv"_s));
+    ASSERT_TRUE(text.open(QIODevice::WriteOnly));
+    text.write("hello\n");
+    text.close();
+    const std::pair<QString, QString> cases[] = {
+        {folder.filePath(u"vanished.mkv"_s), u"The movie cannot be opened."_s},
+        {text.fileName(), u"There is nothing in this file that can be played."_s}};
+    for (const auto& [file, reason] : cases) {
+        failures.clear();
+        player.load(file);
+        EXPECT_TRUE(waitFor([&] { return !failures.isEmpty(); }));
+        EXPECT_EQ(failures, QStringList(reason));
+        EXPECT_FALSE(player.isReady());
+    }
+    load(sample("sound.mka"));
+    EXPECT_EQ(player.tracks().size(), 1);
+}
+
+}  // namespace
+}  // namespace velmora

@@ -17,6 +17,9 @@ namespace {
 constexpr double closingCredits = 60;
 constexpr double openingSeconds = 10;
 
+constexpr QLatin1StringView lastMovieKey("lastMovie");
+constexpr QLatin1StringView migratedKey("migratedFromOrvane");
+
 QString standardizedPath(const QUrl& movie) {
     return QDir::cleanPath(QFileInfo(movie.toLocalFile()).absoluteFilePath());
 }
@@ -31,6 +34,11 @@ QString durationKey(const QUrl& movie) {
 
 QString finishedKey(const QUrl& movie) {
     return u"finished:"_s + standardizedPath(movie);
+}
+
+bool isTakenOver(const QString& key) {
+    return key == lastMovieKey || key.startsWith(u"position:"_s) || key.startsWith(u"duration:"_s) ||
+           key.startsWith(u"finished:"_s);
 }
 
 std::optional<double> numberAbove(double limit, const std::optional<QVariant>& value) {
@@ -60,6 +68,26 @@ std::optional<double> PositionMemory::savedPosition(const QUrl& movie) const {
 
 std::optional<double> PositionMemory::savedDuration(const QUrl& movie) const {
     return numberAbove(0, preferences_.value(durationKey(movie)));
+}
+
+void PositionMemory::noteOpened(const QUrl& movie) {
+    preferences_.set(lastMovieKey, standardizedPath(movie));
+}
+
+std::optional<PositionMemory::LastMovie> PositionMemory::lastMovie() const {
+    const QString path = preferences_.value(lastMovieKey).value_or(QVariant()).toString();
+    if (path.isEmpty() || !QFileInfo::exists(path)) return std::nullopt;
+    const QUrl movie = QUrl::fromLocalFile(path);
+    return LastMovie{movie, savedPosition(movie), savedDuration(movie)};
+}
+
+void PositionMemory::migrate(const Preferences& earlier) {
+    if (preferences_.value(migratedKey).value_or(QVariant()).toBool()) return;
+    for (const QString& key : earlier.keys()) {
+        if (!isTakenOver(key) || preferences_.value(key)) continue;
+        if (const auto value = earlier.value(key)) preferences_.set(key, *value);
+    }
+    preferences_.set(migratedKey, true);
 }
 
 void PositionMemory::forget(const QUrl& movie) {

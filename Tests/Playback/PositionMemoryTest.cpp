@@ -1,7 +1,5 @@
 #include "Playback/PositionMemory.h"
-#include "System/Preferences.h"
-
-#include <QMap>
+#include "Support/ScriptedSystem.h"
 
 #include <gtest/gtest.h>
 
@@ -9,21 +7,9 @@
 
 using namespace Qt::StringLiterals;
 using velmora::PositionMemory;
+using velmora::test::MapPreferences;
 
 namespace {
-
-class MapPreferences : public velmora::Preferences {
-  public:
-    QMap<QString, QVariant> values;
-
-    [[nodiscard]] std::optional<QVariant> value(const QString& key) const override {
-        return values.contains(key) ? std::optional(values.value(key)) : std::nullopt;
-    }
-    void set(const QString& key, const QVariant& value) override { values.insert(key, value); }
-    void remove(const QString& key) override { values.remove(key); }
-    [[nodiscard]] QStringList keys() const override { return values.keys(); }
-    void synchronize() override {}
-};
 
 TEST(PositionMemory, RemembersByHowFarTheMovieIs) {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();

@@ -1,27 +1,18 @@
 #pragma once
 
 #include "Sender/Connection.h"
+#include "Sender/Credentials.h"
 #include "Sender/Dialer.h"
 #include "Sender/Discovery/Flavour.h"
-#include "Sender/Pairing/HapPairing.h"
-#include "Sender/Pairing/LegacyPairing.h"
 
 #include <QCoroTask>
 #include <QString>
 
 #include <memory>
-#include <optional>
 
 namespace velmora {
 
 class PairingMessenger;
-
-/// What this sender has to show to a receiver.
-struct Credentials {
-    std::optional<HapCredentials> pairing;
-    std::optional<LegacyCredentials> legacyPairing;
-    QString password;  ///< empty: none
-};
 
 /// The way into one receiver by one flavour: makes connections, and on each proves an old pairing or sets up
 /// one that asks nobody for anything. Main thread only.

@@ -27,6 +27,7 @@ struct ConnectionError {
     QString detail{};                     ///< for the log
     std::optional<Answers::Step> step{};  ///< of getting the receiver ready, where it is known
     PairingError pairing{};
+    QString explanation{};  ///< for the user, as whole sentences, where more is known than the kind tells
 
     [[nodiscard]] bool hasStatus(int code) const { return kind == Kind::status && status == code; }
 };

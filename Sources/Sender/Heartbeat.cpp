@@ -4,8 +4,8 @@ using namespace std::chrono_literals;
 
 namespace velmora {
 
-Heartbeat::Heartbeat(Clock& clock, std::unique_ptr<Channel> channel)
-    : clock_(clock), connection_(clock, std::move(channel)) {}
+Heartbeat::Heartbeat(Clock& clock, std::unique_ptr<Connection> connection)
+    : clock_(clock), connection_(std::move(connection)) {}
 
 void Heartbeat::start() {
     beat();
@@ -18,7 +18,7 @@ QCoro::Task<> Heartbeat::beat() {
     request.target = "/feedback";
     request.version = "RTSP/1.0";
     request.headers.append("CSeq", QByteArray::number(++sequence_));
-    const Connection::Answer answer = co_await connection_.send(request);
+    const Connection::Answer answer = co_await connection_->send(request);
     const auto self = weak.lock();
     if (!self || !answer || !answer->isSuccess()) co_return;
     constexpr Clock::Duration interval = 2s;

@@ -13,14 +13,14 @@ namespace velmora {
 /// connection apart. Falls silent for good when the receiver does not answer with 200.
 class Heartbeat : public std::enable_shared_from_this<Heartbeat> {
   public:
-    Heartbeat(Clock& clock, std::unique_ptr<Channel> channel);
+    Heartbeat(Clock& clock, std::unique_ptr<Connection> connection);
     void start();
 
   private:
     QCoro::Task<> beat();
 
     Clock& clock_;
-    Connection connection_;
+    std::unique_ptr<Connection> connection_;
     Clock::Timer next_;
     int sequence_ = 0;
 };

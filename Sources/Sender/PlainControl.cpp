@@ -13,24 +13,16 @@ namespace velmora {
 
 using namespace PlaybackVerbs;
 
-namespace {
-
-bool wantsTextBody(const VideoControl::Outcome& outcome) {
-    return !outcome && (outcome.error().hasStatus(400) || outcome.error().hasStatus(415) ||
-                        outcome.error().hasStatus(501));
+std::shared_ptr<PlainControl> PlainControl::make(Clock& clock, std::shared_ptr<Access> access,
+                                                 Handover handover) {
+    return std::shared_ptr<PlainControl>(new PlainControl(clock, std::move(access), handover));
 }
 
-}  // namespace
-
-std::shared_ptr<PlainControl> PlainControl::make(Clock& clock, const Receiver& receiver) {
-    return std::shared_ptr<PlainControl>(new PlainControl(clock, receiver));
-}
-
-PlainControl::PlainControl(Clock& clock, const Receiver& receiver)
+PlainControl::PlainControl(Clock& clock, std::shared_ptr<Access> access, Handover handover)
     : clock_(clock),
       session_(QUuid::createUuid().toByteArray(QUuid::WithoutBraces)),
-      announcesSystem_(receiver.announced && !receiver.announced->systemVersion.isEmpty()),
-      dialer_(Dialer::make(clock, receiver)) {}
+      access_(std::move(access)),
+      handover_(handover) {}
 
 PlainControl::~PlainControl() {
     close();
@@ -38,10 +30,10 @@ PlainControl::~PlainControl() {
 
 QCoro::Task<VideoControl::Outcome> PlainControl::open() {
     const auto self = shared_from_this();
-    Dialer::Dialed dialed = co_await dialer_->dial();
-    if (!dialed.channel) co_return std::unexpected(dialed.error);
+    Access::Link link = co_await access_->link();
     if (closed_) co_return std::unexpected(ConnectionError{});
-    verbs_ = std::make_unique<Connection>(clock_, std::move(dialed.channel));
+    if (!link.connection) co_return std::unexpected(link.error);
+    verbs_ = std::move(link.connection);
 
     const Connection::Answer info = co_await get("/server-info");
     if (!info) co_return std::unexpected(info.error());
@@ -55,9 +47,9 @@ QCoro::Task<VideoControl::Outcome> PlainControl::open() {
 
 QCoro::Task<> PlainControl::openEvents() {
     const auto self = shared_from_this();
-    Dialer::Dialed dialed = co_await dialer_->dial();
-    if (!dialed.channel || closed_) co_return;
-    reversing_ = std::make_unique<Connection>(clock_, std::move(dialed.channel));
+    Access::Link link = co_await access_->link();
+    if (!link.connection || closed_) co_return;
+    reversing_ = std::move(link.connection);
     Request reverse = request("POST", "/reverse");
     reverse.headers.append("Upgrade", "PTTH/1.0");
     reverse.headers.append("Connection", "Upgrade");
@@ -81,12 +73,14 @@ QCoro::Task<> PlainControl::openEvents() {
 QCoro::Task<> PlainControl::keepAlive(Response serverInfo) {
     const auto self = shared_from_this();
     const QVariantMap info = Plist::decode(serverInfo.body).value_or(QVariant()).toMap();
+    const auto& record = access_->receiver().announced;
+    const bool announcesSystem = record && !record->systemVersion.isEmpty();
     const bool endsSilentSessions =
-        info.value(u"srcvers"_s) == u"220.68"_s && !info.contains(u"osvers"_s) && !announcesSystem_;
+        info.value(u"srcvers"_s) == u"220.68"_s && !info.contains(u"osvers"_s) && !announcesSystem;
     if (!endsSilentSessions || closed_) co_return;
-    Dialer::Dialed dialed = co_await dialer_->dial();
-    if (!dialed.channel || closed_) co_return;
-    heartbeat_ = std::make_shared<Heartbeat>(clock_, std::move(dialed.channel));
+    Access::Link link = co_await access_->link();
+    if (!link.connection || closed_) co_return;
+    heartbeat_ = std::make_shared<Heartbeat>(clock_, std::move(link.connection));
     heartbeat_->start();
 }
 
@@ -100,19 +94,10 @@ QHostAddress PlainControl::peerAddress() const {
 
 QCoro::Task<VideoControl::Outcome> PlainControl::play(Movie movie) {
     const auto self = shared_from_this();
-    Request binary = request("POST", "/play");
-    binary.headers.append("Content-Type", "application/x-apple-binary-plist");
-    binary.body = playBody(movie, session_);
-    const Outcome outcome = co_await sendPlay(binary);
-    if (!wantsTextBody(outcome)) co_return outcome;
-    Request text = request("POST", "/play");
-    text.headers.append("Content-Type", "text/parameters");
-    text.body = playText(movie);
-    co_return co_await sendPlay(text);
-}
-
-QCoro::Task<VideoControl::Outcome> PlainControl::sendPlay(Request play) {
-    const auto self = shared_from_this();
+    const bool isText = handover_ == Handover::playText;
+    Request play = request("POST", "/play");
+    play.headers.append("Content-Type", isText ? "text/parameters" : "application/x-apple-binary-plist");
+    play.body = isText ? playText(movie) : playBody(movie, session_);
     for (int attempt = 1;; ++attempt) {
         const Connection::Answer answer = co_await send(play, playDeadline);
         const Outcome outcome = outcomeOf(answer);
@@ -144,7 +129,8 @@ QCoro::Task<VideoControl::Reported> PlainControl::playbackInfo() {
 void PlainControl::close() {
     closed_ = true;
     onEvent({});
-    dialer_->close();
+    onHold({});
+    access_->close();
     nap_.end();
     heartbeat_.reset();
     reversing_.reset();
@@ -177,7 +163,7 @@ Request PlainControl::request(const QByteArray& method, const QByteArray& target
     request.method = method;
     request.target = target;
     // Host never goes without the session: one receiver would take the request for one of its own.
-    request.headers = {{"Host", dialer_->hostHeader()},
+    request.headers = {{"Host", access_->hostHeader()},
                        {"User-Agent", "AirPlay/550.10"},
                        {"X-Apple-Session-ID", session_},
                        {"X-Apple-Client-Name", "Velmora"}};

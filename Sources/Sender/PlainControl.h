@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Sender/Access.h"
 #include "Sender/Connection.h"
-#include "Sender/Dialer.h"
 #include "Sender/EventConnection.h"
 #include "Sender/Heartbeat.h"
 #include "Sender/VideoControl.h"
@@ -11,10 +11,13 @@
 namespace velmora {
 
 /// The oldest dialect: plain HTTP, one connection for the verbs, one on which the receiver reports events,
-/// and for one receiver a third that shows that we are still there.
+/// and for one receiver a third that shows that we are still there. Where the access asks for it, each of
+/// them is proved first.
 class PlainControl : public VideoControl, public std::enable_shared_from_this<PlainControl> {
   public:
-    [[nodiscard]] static std::shared_ptr<PlainControl> make(Clock& clock, const Receiver& receiver);
+    /// `handover`: `play` or `playText`.
+    [[nodiscard]] static std::shared_ptr<PlainControl> make(Clock& clock, std::shared_ptr<Access> access,
+                                                            Handover handover = Handover::play);
     ~PlainControl() override;
 
     [[nodiscard]] QCoro::Task<Outcome> open() override;
@@ -30,21 +33,20 @@ class PlainControl : public VideoControl, public std::enable_shared_from_this<Pl
     void abandon() override;
 
   private:
-    PlainControl(Clock& clock, const Receiver& receiver);
+    PlainControl(Clock& clock, std::shared_ptr<Access> access, Handover handover);
 
     /// Every request to the receiver passes here.
     [[nodiscard]] QCoro::Task<Connection::Answer> send(Request request, Clock::Duration deadline);
     [[nodiscard]] QCoro::Task<Connection::Answer> get(QByteArray target);
     [[nodiscard]] QCoro::Task<Outcome> post(QByteArray target);
-    [[nodiscard]] QCoro::Task<Outcome> sendPlay(Request request);
     [[nodiscard]] QCoro::Task<> openEvents();
     [[nodiscard]] QCoro::Task<> keepAlive(Response serverInfo);
     [[nodiscard]] Request request(const QByteArray& method, const QByteArray& target) const;
 
     Clock& clock_;
     QByteArray session_;  // one for each session, the same on all of its connections
-    bool announcesSystem_;
-    std::shared_ptr<Dialer> dialer_;
+    std::shared_ptr<Access> access_;
+    Handover handover_;
     std::unique_ptr<Connection> verbs_;
     std::unique_ptr<Connection> reversing_;
     std::unique_ptr<EventConnection> events_;

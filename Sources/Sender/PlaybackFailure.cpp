@@ -18,10 +18,10 @@ QString place(const Receiver& receiver) {
 QString refusedWithStatus(int status) {
     switch (status) {
         case 401:
-            return u"The television asks for a password, which this version cannot give yet."_s;
+            return u"The television wants a password before it plays."_s;
         case 403:
         case 470:
-            return u"The television wants to be paired first, which this version cannot do yet."_s;
+            return u"The television does not let this computer play. In its AirPlay settings, allow access for everyone on the network."_s;
         case 404:
             return u"This television does not take movies by address (it may only take mirroring)."_s;
         case 409:
@@ -51,6 +51,7 @@ QString ofFault(const PlaybackFault& fault) {
 
 QString unreachable(const Receiver& receiver, const ConnectionError& error) {
     using Kind = ConnectionError::Kind;
+    if (!error.explanation.isEmpty()) return error.explanation;
     switch (error.kind) {
         case Kind::timeout:
             return u"The television at %1 does not answer."_s.arg(place(receiver));
@@ -73,6 +74,7 @@ QString unreachable(const Receiver& receiver, const ConnectionError& error) {
 
 QString refused(const ConnectionError& error) {
     using Kind = ConnectionError::Kind;
+    if (!error.explanation.isEmpty()) return error.explanation;
     switch (error.kind) {
         case Kind::status:
             return refusedWithStatus(error.status);
@@ -101,6 +103,18 @@ QString noPicture(const MediaServer::Activity& activity, quint16 mediaPort,
     return u"The television fetched the movie but showed no picture of it."_s;
 }
 
+QString wrongPassword() {
+    return u"The television did not take this password."_s;
+}
+
+QString pinNotTaken() {
+    return u"The television did not take the code. Type the one that it shows now."_s;
+}
+
+QString newPin() {
+    return u"The television broke off the pairing. Type the code that it shows now."_s;
+}
+
 QString unusableAddress() {
     return u"The television is reachable only under a link-local IPv6 address, over which it cannot fetch a movie."_s;
 }
@@ -113,7 +127,7 @@ QString stoppedThere() {
     return u"The movie was stopped at the television."_s;
 }
 
-QString replacedThere() {
+QString takenOver() {
     return u"Another device took over the television."_s;
 }
 

@@ -26,10 +26,16 @@ namespace PlaybackFailure {
 [[nodiscard]] QString noPicture(const MediaServer::Activity& activity, quint16 mediaPort,
                                 const std::optional<PlaybackFault>& fault, bool gaveUp);
 
+/// Why a password is asked for again.
+[[nodiscard]] QString wrongPassword();
+/// Why a PIN is: the television refused one, and when the television hung up.
+[[nodiscard]] QString pinNotTaken();
+[[nodiscard]] QString newPin();
+
 [[nodiscard]] QString unusableAddress();
 [[nodiscard]] QString dropped();
 [[nodiscard]] QString stoppedThere();
-[[nodiscard]] QString replacedThere();
+[[nodiscard]] QString takenOver();
 
 }  // namespace PlaybackFailure
 

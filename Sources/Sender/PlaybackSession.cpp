@@ -17,8 +17,9 @@ constexpr Clock::Duration stopPatience = 5s;  // one receiver blocks for seconds
 constexpr int missedPollsThatDrop = 2;
 
 QString nameOf(RemotePlayback::Phase phase) {
-    static constexpr const char* names[] = {"idle",  "connecting", "loading", "playing", "paused",
-                                            "ended", "stopped",    "dropped", "failed"};
+    static constexpr const char* names[] = {
+        "idle",   "connecting", "waking",  "needs a PIN", "needs a password", "loading", "playing",
+        "paused", "ended",      "stopped", "taken over",  "dropped",          "failed"};
     return QString::fromLatin1(names[static_cast<int>(phase)]);
 }
 
@@ -54,7 +55,9 @@ void PlaybackSession::seek(double seconds) {
 
 void PlaybackSession::stop() {
     if (!goesOn()) return;
-    if (!owesStop_) {
+    // What waits for the user may wait for ever.
+    if (!owesStop_ || control_->hold()) {
+        if (std::exchange(owesStop_, false)) control_->abandon();
         if (control_) control_->close();
         return finish(Phase::stopped);
     }
@@ -74,7 +77,34 @@ RemotePlayback::State PlaybackSession::state() const {
     state.duration = watch_ ? watch_->duration() : item_.duration;
     const double reached = watch_ ? watch_->position(clock_.now()) : item_.startPosition;
     state.position = wantedSeek_ ? *wantedSeek_ : seekUnderWay_.value_or(reached);
+    return withHold(state);
+}
+
+PlaybackSession::State PlaybackSession::withHold(State state) const {
+    using Kind = VideoControl::Hold::Kind;
+    const bool mayWait = state.phase == Phase::connecting || state.phase == Phase::loading;
+    const auto hold = control_ && mayWait ? control_->hold() : std::nullopt;
+    if (!hold) return state;
+    state.phase = hold->kind == Kind::pin        ? Phase::needsPin
+                  : hold->kind == Kind::password ? Phase::needsPassword
+                                                 : Phase::waking;
+    state.reason = hold->message;
+    const std::chrono::duration<double> pause = hold->notBefore - clock_.now();
+    state.retryIn = std::max(0.0, pause.count());
     return state;
+}
+
+void PlaybackSession::supply(const QString& secret) {
+    if (goesOn() && control_) control_->supply(secret);
+}
+
+std::shared_ptr<PlaybackSession> PlaybackSession::again() const {
+    RemotePlayback::Item item = item_;
+    item.startPosition = state().position;
+    auto session = std::make_shared<PlaybackSession>(clock_, world_, receiver_, item);
+    session->isPatient_ = true;
+    if (watch_ && watch_->phase() == Phase::paused) session->wantedRate_ = 0;
+    return session;
 }
 
 void PlaybackSession::abandon() {
@@ -92,8 +122,7 @@ void PlaybackSession::abandon() {
 
 std::shared_ptr<VideoControl> PlaybackSession::giveWay(const Receiver& next) {
     changed_ = {};
-    const bool isSame = next.address == receiver_.address && next.port == receiver_.port;
-    if (!isSame || !goesOn() || !watch_ || !control_->isOpen()) {
+    if (!isAt(next) || !goesOn() || !watch_ || !control_->isOpen()) {
         stop();
         return nullptr;
     }
@@ -102,7 +131,16 @@ std::shared_ptr<VideoControl> PlaybackSession::giveWay(const Receiver& next) {
     return std::exchange(control_, nullptr);
 }
 
+bool PlaybackSession::isAt(const Receiver& receiver) const {
+    return receiver.address == receiver_.address && receiver.host == receiver_.host &&
+           receiver.port == receiver_.port;
+}
+
 void PlaybackSession::listen() {
+    control_->onHold([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (self && self->goesOn()) self->enter(self->state_.phase);
+    });
     control_->onEvent([weak = weak_from_this()](const PlaybackEvent& event) {
         const auto self = weak.lock();
         if (!self || !self->watch_ || self->isOver_) return;
@@ -147,7 +185,7 @@ void PlaybackSession::conclude(Advice verdict) {
         case Advice::stopped:
             return finish(Phase::stopped, PlaybackFailure::stoppedThere());
         case Advice::replaced:
-            return finish(Phase::stopped, PlaybackFailure::replacedThere());
+            return finish(Phase::takenOver, PlaybackFailure::takenOver());
         case Advice::dropped:
             if (!isLoading) return finish(Phase::dropped, PlaybackFailure::dropped());
             return finish(Phase::failed, PlaybackFailure::refused({}));
@@ -161,7 +199,8 @@ void PlaybackSession::conclude(Advice verdict) {
 
 void PlaybackSession::finish(Phase phase, const QString& reason) {
     if (isOver_) return;
-    state_ = state();
+    state_.position = state().position;
+    state_.duration = state().duration;
     state_.reason = reason;
     isOver_ = true;
     stopDeadline_.cancel();
@@ -170,9 +209,11 @@ void PlaybackSession::finish(Phase phase, const QString& reason) {
 }
 
 void PlaybackSession::enter(Phase phase) {
-    if (std::exchange(state_.phase, phase) != phase) {
-        const QString why = state_.reason.isEmpty() ? QString() : u": "_s + state_.reason;
-        logger().notice(u"television %1: %2%3"_s.arg(receiver_.name, nameOf(phase), why));
+    state_.phase = phase;
+    const State now = state();
+    if (now.phase != told_.phase || now.reason != told_.reason) {
+        const QString why = now.reason.isEmpty() ? QString() : u": "_s + now.reason;
+        logger().notice(u"television %1: %2%3"_s.arg(receiver_.name, nameOf(now.phase), why));
     }
     tellChanges();
 }

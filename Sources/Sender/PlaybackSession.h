@@ -35,7 +35,11 @@ class PlaybackSession : public std::enable_shared_from_this<PlaybackSession> {
     void resume();
     void seek(double seconds);
     void stop();
+    void supply(const QString& secret);
     [[nodiscard]] State state() const;
+
+    /// The same movie on the same receiver, from where this one is; paused if it was.
+    [[nodiscard]] std::shared_ptr<PlaybackSession> again() const;
 
     /// Ends without waiting: the receiver is sent a stop, the movie is no longer served.
     void abandon();
@@ -45,6 +49,7 @@ class PlaybackSession : public std::enable_shared_from_this<PlaybackSession> {
 
     QCoro::Task<> run(std::shared_ptr<PlaybackSession> previous);
     [[nodiscard]] QCoro::Task<bool> reach(std::shared_ptr<PlaybackSession> previous);
+    [[nodiscard]] QCoro::Task<VideoControl::Outcome> connect();
     [[nodiscard]] QCoro::Task<bool> begin();
     [[nodiscard]] QCoro::Task<bool> sendPlay();
     [[nodiscard]] QCoro::Task<> watchUntilOver();
@@ -55,9 +60,11 @@ class PlaybackSession : public std::enable_shared_from_this<PlaybackSession> {
     [[nodiscard]] QCoro::Task<> setRate(double rate);
     [[nodiscard]] QCoro::Task<> leave();
 
+    [[nodiscard]] bool isAt(const Receiver& receiver) const;
     /// For the session that follows: the open connection, or nothing; this one then leaves.
     [[nodiscard]] std::shared_ptr<VideoControl> giveWay(const Receiver& next);
     void listen();
+    [[nodiscard]] State withHold(State state) const;
     [[nodiscard]] bool goesOn() const { return !isOver_ && !wantsStop_; }
     [[nodiscard]] bool hasWishes() const;
     [[nodiscard]] bool isFetched() const;
@@ -84,6 +91,8 @@ class PlaybackSession : public std::enable_shared_from_this<PlaybackSession> {
     bool replacesOurs_ = false;
     bool owesStop_ = false;  // the receiver was told to play
     bool isOver_ = false;    // nothing more is wanted but a farewell
+    bool isFetchNoted_ = false;
+    bool isPatient_ = false;  // tries for a while to reach the receiver
     int missedPolls_ = 0;
 
     // What the user wants next; the last wish of a kind counts.

@@ -5,11 +5,20 @@
 
 #include <QUuid>
 
+using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
 
 namespace velmora {
 
 namespace {
+
+constexpr Clock::Duration longestReattaching = 60s;
+
+bool mayComeBack(const ConnectionError& error) {
+    using Kind = ConnectionError::Kind;
+    return error.kind == Kind::refused || error.kind == Kind::unreachable || error.kind == Kind::timeout ||
+           error.kind == Kind::closed;
+}
 
 // One receiver ends itself over an identifier that has not exactly 36 characters.
 QString newIdentifier() {
@@ -35,18 +44,33 @@ QCoro::Task<bool> PlaybackSession::reach(std::shared_ptr<PlaybackSession> previo
         replacesOurs_ = owesStop_ = control_ != nullptr;
         const Completion<bool> left = previous->left_;
         // Its stop must not reach the receiver behind our play.
-        if (previous->receiver_.address == receiver_.address) co_await left;
+        if (previous->isAt(receiver_)) co_await left;
         previous.reset();
         if (!goesOn()) co_return false;
     }
     if (!control_ || !control_->isOpen()) {
-        control_ = world_.control(receiver_);
-        const VideoControl::Outcome outcome = co_await control_->open();
+        const VideoControl::Outcome outcome = co_await connect();
         if (isOver_) co_return false;
         if (!outcome) finish(Phase::failed, PlaybackFailure::unreachable(receiver_, outcome.error()));
+    } else {
+        listen();
     }
-    listen();
     co_return goesOn();
+}
+
+QCoro::Task<VideoControl::Outcome> PlaybackSession::connect() {
+    const Clock::Instant givesUpAt = clock_.now() + (isPatient_ ? longestReattaching : 0s);
+    for (Clock::Duration pause = 500ms;; pause *= 2) {
+        control_ = world_.control(receiver_);
+        listen();
+        const VideoControl::Outcome outcome = co_await control_->open();
+        if (outcome || isOver_ || !mayComeBack(outcome.error()) || clock_.now() + pause >= givesUpAt)
+            co_return outcome;
+        control_->close();
+        const Completion<bool> rest = nap_.wait(clock_, pause);
+        co_await rest;
+        if (!goesOn()) co_return outcome;
+    }
 }
 
 QCoro::Task<bool> PlaybackSession::begin() {
@@ -118,9 +142,13 @@ QCoro::Task<> PlaybackSession::poll() {
         co_return;
     }
     missedPolls_ = 0;
+    if (isFetched() && !std::exchange(isFetchNoted_, true)) control_->noteFetched();
     const Advice advice = watch_->report(*report, isFetched(), clock_.now());
     enter(watch_->phase());
-    if (PlaybackWatch::isVerdict(advice)) {
+    if (advice == Advice::failed && !isFetched() && !watch_->fault() && control_->tryAnotherWay()) {
+        watch_.reset();
+        co_await sendPlay();
+    } else if (PlaybackWatch::isVerdict(advice)) {
         conclude(advice);
     } else if (goesOn()) {
         co_await follow(advice);

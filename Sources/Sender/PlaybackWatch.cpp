@@ -119,12 +119,17 @@ PlaybackWatch::Advice PlaybackWatch::accept(const PlaybackReport& report, bool i
 
 void PlaybackWatch::hear(const PlaybackEvent& event, Instant now) {
     if (!event.uuid.isEmpty() && event.uuid.compare(movie_.uuid, Qt::CaseInsensitive) != 0) return;
+    using State = PlaybackEvent::State;
+    const bool endsTheLast = event.state == State::stopped && event.uuid.isEmpty() && movie_.replacesOurs &&
+                             phase_ == Phase::loading && now - playedAt_ < replacingPatience;
+    if (endsTheLast) return;
     if (!fault_) fault_ = event.fault;
-    if (event.state == PlaybackEvent::State::other) return;
+    if (event.state == State::other) return;
     lastEvent_ = event.state;
     lastEventAt_ = now;
-    hasHeardStop_ =
-        event.state == PlaybackEvent::State::stopped || (hasHeardStop_ && phase_ == Phase::loading);
+    // A stop in front of "loading" was of whatever played there before.
+    const bool stopCounts = phase_ == Phase::loading && event.state != State::loading;
+    hasHeardStop_ = event.state == State::stopped || (hasHeardStop_ && stopCounts);
     hasHeardEnd_ = hasHeardStop_ && event.reason == QLatin1StringView("ended");
 }
 

@@ -1,6 +1,8 @@
 #include "Sender/RemotePlayback.h"
 
-#include "Sender/PlainControl.h"
+#include "Sender/ControlFactory.h"
+#include "Sender/CredentialStore.h"
+#include "Sender/NegotiatedControl.h"
 #include "Sender/PlaybackSession.h"
 
 #include <utility>
@@ -9,9 +11,12 @@ namespace velmora {
 
 namespace {
 
-RemotePlayback::World realWorld(Clock& clock, MediaServer& server) {
-    return {.control = [&clock](const Receiver& receiver) -> std::shared_ptr<VideoControl> {
-                return PlainControl::make(clock, receiver);
+RemotePlayback::World realWorld(Clock& clock, MediaServer& server, const ReceiverMemory& memory) {
+    const auto make = [&clock](const Approach& approach, std::shared_ptr<Access> access) {
+        return makeControl(clock, approach, std::move(access));
+    };
+    return {.control = [&clock, memory, make](const Receiver& receiver) -> std::shared_ptr<VideoControl> {
+                return NegotiatedControl::make(clock, receiver, memory, make);
             },
             .publish = [&server](const QString& path,
                                  const QHostAddress& receiver) { return server.publish(path, receiver); },
@@ -20,8 +25,12 @@ RemotePlayback::World realWorld(Clock& clock, MediaServer& server) {
 
 }  // namespace
 
+RemotePlayback::RemotePlayback(Clock& clock, MediaServer& server, const ReceiverMemory& memory,
+                               QObject* parent)
+    : RemotePlayback(clock, realWorld(clock, server, memory), parent) {}
+
 RemotePlayback::RemotePlayback(Clock& clock, MediaServer& server, QObject* parent)
-    : RemotePlayback(clock, realWorld(clock, server), parent) {}
+    : RemotePlayback(clock, server, ReceiverMemory(), parent) {}
 
 RemotePlayback::RemotePlayback(Clock& clock, World world, QObject* parent)
     : QObject(parent), clock_(clock), world_(std::move(world)) {}
@@ -31,10 +40,22 @@ RemotePlayback::~RemotePlayback() {
 }
 
 void RemotePlayback::play(const Receiver& receiver, const Item& item) {
-    const auto previous =
-        std::exchange(session_, std::make_shared<PlaybackSession>(clock_, world_, receiver, item));
+    start(std::make_shared<PlaybackSession>(clock_, world_, receiver, item));
+}
+
+void RemotePlayback::reattach() {
+    const Phase phase = state().phase;
+    if (phase == Phase::dropped || phase == Phase::failed) start(session_->again());
+}
+
+void RemotePlayback::start(std::shared_ptr<PlaybackSession> next) {
+    const auto previous = std::exchange(session_, std::move(next));
     session_->start(previous, [this] { scheduleChange(); });
     scheduleChange();
+}
+
+void RemotePlayback::supply(const QString& secret) {
+    if (session_) session_->supply(secret);
 }
 
 void RemotePlayback::pause() {

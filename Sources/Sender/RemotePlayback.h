@@ -15,6 +15,7 @@ namespace velmora {
 
 class PlaybackSession;
 class VideoControl;
+struct ReceiverMemory;
 
 /// One movie on one receiver: started, watched, steered and stopped. Main thread only.
 ///
@@ -31,21 +32,27 @@ class RemotePlayback : public QObject {
     };
 
     enum class Phase {
-        idle,        ///< nothing asked for yet
-        connecting,  ///< reaching the receiver
-        loading,     ///< the receiver has the movie's address and shows no moving picture yet
-        playing,     ///< the position advances
+        idle,           ///< nothing asked for yet
+        connecting,     ///< reaching the receiver
+        waking,         ///< the receiver takes its time: it gets up, or asks its viewer for consent
+        needsPin,       ///< the receiver shows a PIN, to be given to `supply`; `reason` tells why again
+        needsPassword,  ///< to be given to `supply`; `reason` tells why again
+        loading,        ///< the receiver has the movie's address and shows no moving picture yet
+        playing,        ///< the position advances
         paused,
-        ended,    ///< played to the end
-        stopped,  ///< stopped by `stop`, or at the television
-        dropped,  ///< the receiver is gone; the last position is kept
-        failed,   ///< `reason` tells
+        ended,      ///< played to the end
+        stopped,    ///< stopped by `stop`, or at the television
+        takenOver,  ///< another device plays there now
+        dropped,    ///< the receiver is gone; the last position is kept
+        failed,     ///< `reason` tells
     };
     struct State {
         Phase phase = Phase::idle;
         double position = 0;  ///< seconds, interpolated between the receiver's reports
         double duration = 0;  ///< seconds; 0 when unknown
-        QString reason{};     ///< plain words for `failed`, `dropped` and a stop at the television
+        QString reason{};     ///< plain words for the phases that say so, and a stop at the television
+        /// Seconds for which the receiver takes no PIN yet; it tells no change while it runs down.
+        double retryIn = 0;
 
         [[nodiscard]] bool isOver() const { return phase >= Phase::ended; }
     };
@@ -59,7 +66,10 @@ class RemotePlayback : public QObject {
         quint16 mediaPort = 0;  ///< for the words about firewalls
     };
 
-    /// Clock and server must outlive it.
+    /// Clock, server and what is kept about receivers must outlive it.
+    RemotePlayback(Clock& clock, MediaServer& server, const ReceiverMemory& memory,
+                   QObject* parent = nullptr);
+    /// Forgets pairings and passwords when it goes.
     RemotePlayback(Clock& clock, MediaServer& server, QObject* parent = nullptr);
     RemotePlayback(Clock& clock, World world, QObject* parent = nullptr);
     /// A movie that still plays is sent a stop, and nobody waits for the answer. To know that it stopped,
@@ -68,6 +78,14 @@ class RemotePlayback : public QObject {
 
     /// Starts, or replaces what plays. The outcome shows in `state`.
     void play(const Receiver& receiver, const Item& item);
+
+    /// Connects again and goes on where the last movie was when its connection was lost, or could not be
+    /// made; for up to a minute it is tried again and again. Paused if it was. Without effect in other
+    /// phases.
+    void reattach();
+
+    /// The PIN or the password that the phase asks for. Without effect when it asks for nothing.
+    void supply(const QString& secret);
 
     /// While the movie loads, these wait for the picture.
     void pause();
@@ -87,6 +105,7 @@ class RemotePlayback : public QObject {
     void stateChanged();
 
   private:
+    void start(std::shared_ptr<PlaybackSession> next);
     void scheduleChange();
 
     Clock& clock_;

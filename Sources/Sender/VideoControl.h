@@ -63,6 +63,8 @@ class VideoControl {
     /// The movie that `play` handed over was never fetched. True when there is another way to hand it over:
     /// `play` again takes it.
     [[nodiscard]] virtual bool tryAnotherWay() { return false; }
+    /// The receiver has asked for the movie: the way in which it was handed over works.
+    virtual void noteFetched() {}
     /// 1 plays, 0 pauses.
     [[nodiscard]] virtual QCoro::Task<Outcome> setRate(double rate) = 0;
     [[nodiscard]] virtual QCoro::Task<Outcome> seek(double seconds) = 0;

@@ -91,8 +91,11 @@ class PlainControlTest : public testing::Test {
     }
     QCoro::Task<> pause() { co_await real_.sleep(5ms); }
 
-    Outcome open() {
-        control = PlainControl::make(clock, tv.receiver());
+    [[nodiscard]] std::shared_ptr<Access> access(const Receiver& receiver) {
+        return Access::make(clock, receiver, Flavour::plain, {});
+    }
+    Outcome open(Handover handover = Handover::play) {
+        control = PlainControl::make(clock, access(tv.receiver()), handover);
         control->onEvent([this](const PlaybackEvent& event) { events.push_back(event); });
         return wait(control->open());
     }
@@ -189,7 +192,7 @@ TEST_F(PlainControlTest, TellsWhatWentWrong) {
     Receiver receiver = tv.receiver();
     receiver.port = nobody.serverPort();
     nobody.close();
-    EXPECT_EQ(wait(PlainControl::make(clock, receiver)->open()).error().kind, Kind::refused);
+    EXPECT_EQ(wait(PlainControl::make(clock, access(receiver))->open()).error().kind, Kind::refused);
 }
 
 TEST_F(PlainControlTest, AsksNothingBeforeALateAnswerIsThere) {
@@ -206,18 +209,18 @@ TEST_F(PlainControlTest, AsksNothingBeforeALateAnswerIsThere) {
 
 TEST_F(PlainControlTest, RetriesAPlayThatMayYetSucceed) {
     const struct {
+        Handover handover;
         std::vector<int> statuses;
         bool succeeds;
         QByteArray lastType;
     } cases[] = {
-        {{500, 500, 500, 200}, true, "application/x-apple-binary-plist"},
-        {{500, 500, 500, 500, 200}, false, "application/x-apple-binary-plist"},
-        {{501, 200}, true, "text/parameters"},
-        {{400, 400, 200}, false, "text/parameters"},
-        {{401, 200}, false, "application/x-apple-binary-plist"},
+        {Handover::play, {500, 500, 500, 200}, true, "application/x-apple-binary-plist"},
+        {Handover::play, {500, 500, 500, 500, 200}, false, "application/x-apple-binary-plist"},
+        {Handover::play, {501, 200}, false, "application/x-apple-binary-plist"},
+        {Handover::playText, {500, 200}, true, "text/parameters"},
     };
     for (const auto& entry : cases) {
-        ASSERT_TRUE(open());
+        ASSERT_TRUE(open(entry.handover));
         std::deque<int> left(entry.statuses.begin(), entry.statuses.end());
         tv.answer = [&](const Request& request) {
             Response response;

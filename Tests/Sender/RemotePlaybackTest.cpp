@@ -201,7 +201,8 @@ TEST_F(RemotePlaybackTest, TellsWhyTheTelevisionRefuses) {
         {u"open"_s, {.kind = Kind::refused}, "Is AirPlay switched on"},
         {u"open"_s, {.kind = Kind::unreachable}, "no way to 192.0.2.2:7000"},
         {u"open"_s, {.kind = Kind::malformed}, "does not speak AirPlay"},
-        {u"open"_s, {.kind = Kind::status, .status = 470}, "paired"},
+        {u"open"_s, {.kind = Kind::status, .status = 470}, "allow access"},
+        {u"open"_s, {.kind = Kind::pairing, .pairing = {PairingError::Kind::tooManyTries}}, "Restart it"},
         {u"play 0"_s, {.kind = Kind::status, .status = 401}, "password"},
         {u"play 0"_s, {.kind = Kind::status, .status = 404}, "only take mirroring"},
         {u"play 0"_s, {.kind = Kind::status, .status = 453}, "busy"},
@@ -277,7 +278,7 @@ TEST_F(RemotePlaybackTest, TellsTheEndFromAStopAndFromADrop) {
         {"closes before", 60, {cut}, Phase::dropped, false},
         {"says stopped and closes", 60, {say({}), cut}, Phase::stopped, false},
         {"falls silent", 60, {silent}, Phase::dropped, false},
-        {"plays another movie", 60, {other}, Phase::stopped, false},
+        {"plays another movie", 60, {other}, Phase::takenOver, false},
     };
     for (const auto& entry : cases) {
         play(entry.position - 3);
@@ -402,6 +403,132 @@ TEST_F(RemotePlaybackTest, ReplacesAMovieOnTheSameConnection) {
     ASSERT_EQ(controls.size(), 2U);
     EXPECT_EQ(controls.front()->verbs.last(), u"stop"_s);
     EXPECT_EQ(phase(), Phase::playing);
+}
+
+// A stop that is heard behind our /play is the last movie's, ours or another sender's.
+TEST_F(RemotePlaybackTest, DoesNotTakeTheEndOfTheLastMovieForItsOwn) {
+    for (const bool isOurs : {true, false}) {
+        if (isOurs) playUntil(5, 50);
+        direct = [](ScriptedControl& television) {
+            television.report = [&television](double seconds) -> VideoControl::Reported {
+                return seconds < 5 ? PlaybackReport() : television.usual(seconds);
+            };
+        };
+        if (isOurs) direct(tv());
+        play();
+        clock.advance(500ms);
+        tv().say(Event::stopped);
+        if (!isOurs) tv().say(Event::loading);
+        clock.advance(5s);
+        EXPECT_EQ(phase(), Phase::loading) << isOurs;
+        clock.advance(3s);
+        EXPECT_EQ(phase(), Phase::playing) << isOurs;
+        playback->stop();
+        clock.advance(1s);
+    }
+}
+
+TEST_F(RemotePlaybackTest, KnowsWhichReceiverIsTheSame) {
+    Receiver named = television({});
+    named.host = u"living-room.example"_s;
+    Receiver other = named;
+    other.host = u"bedroom.example"_s;
+    for (const Receiver& receiver : {named, other, named, named}) {
+        play(0, receiver);
+        clock.advance(4s);
+        EXPECT_EQ(phase(), Phase::playing);
+    }
+    EXPECT_EQ(controls.size(), 3U);
+}
+
+TEST_F(RemotePlaybackTest, ShowsWhatIsWaitedForAndHandsOnTheAnswer) {
+    using Hold = VideoControl::Hold::Kind;
+    direct = [](ScriptedControl& television) {
+        television.latency = [](const QString&) -> Clock::Duration { return 60s; };
+    };
+    play(18);
+    clock.advance(1s);
+    const struct {
+        VideoControl::Hold hold;
+        Phase phase;
+        double retryIn;
+    } cases[] = {
+        {{.kind = Hold::waking}, Phase::waking, 0},
+        {{.kind = Hold::pin}, Phase::needsPin, 0},
+        {{.kind = Hold::pin, .message = u"Wait."_s, .notBefore = clock.now() + 10s}, Phase::needsPin, 10},
+        {{.kind = Hold::password}, Phase::needsPassword, 0},
+    };
+    for (const auto& entry : cases) {
+        tv().setHold(entry.hold);
+        clock.advance(0s);
+        EXPECT_EQ(phases.back(), entry.phase);
+        EXPECT_EQ(playback->state().reason, entry.hold.message);
+        EXPECT_EQ(playback->state().retryIn, entry.retryIn);
+    }
+    playback->supply(u"1234"_s);
+    EXPECT_EQ(tv().verbs.last(), u"supply 1234"_s);
+    tv().setHold({});
+    clock.advance(1s);
+    EXPECT_EQ(phase(), Phase::connecting);
+    tv().setHold(cases[1].hold);
+    playback->stop();  // the user has thought better of it
+    clock.advance(0s);
+    EXPECT_EQ(phase(), Phase::stopped);
+    EXPECT_FALSE(tv().isOpen());
+}
+
+TEST_F(RemotePlaybackTest, ConnectsAgainWhereItWas) {
+    playUntil(5, 50);
+    playback->pause();
+    clock.advance(1s);
+    tv().close();
+    clock.advance(1s);
+    ASSERT_EQ(phase(), Phase::dropped);
+    int refusals = 4;
+    direct = [&](ScriptedControl& television) {
+        television.outcome = [&](const QString& verb) -> VideoControl::Outcome {
+            if (verb != u"open"_s || refusals-- <= 0) return {};
+            return std::unexpected(ConnectionError{.kind = Kind::refused});
+        };
+    };
+    playback->reattach();
+    clock.advance(2s);
+    EXPECT_EQ(phase(), Phase::connecting);
+    clock.advance(12s);
+    EXPECT_EQ(phase(), Phase::paused);
+    EXPECT_NEAR(playback->state().position, 54.5, 1.5);
+    EXPECT_NEAR(tv().movies.front().start, 54.5, 1);
+
+    tv().close();
+    clock.advance(2s);
+    refusals = 1000;
+    playback->reattach();
+    clock.advance(70s);
+    EXPECT_EQ(phase(), Phase::failed);
+    EXPECT_NEAR(playback->state().position, 54.5, 1.5);
+    refusals = 0;
+    playback->reattach();
+    clock.advance(5s);
+    EXPECT_EQ(phase(), Phase::playing);
+}
+
+TEST_F(RemotePlaybackTest, HandsOverAgainWhatWasNeverFetched) {
+    activity = {};
+    direct = [this](ScriptedControl& television) {
+        television.report = [&](double seconds) -> VideoControl::Reported {
+            if (television.movies.size() < 2) return PlaybackReport();
+            activity = fetched();
+            return television.usual(seconds);
+        };
+        television.otherWays = 1;
+    };
+    play(18);
+    clock.advance(20s);
+    EXPECT_EQ(phase(), Phase::playing);
+    ASSERT_EQ(tv().movies.size(), 2U);
+    EXPECT_EQ(tv().movies[1].start, 18);
+    EXPECT_NE(tv().movies[0].uuid, tv().movies[1].uuid);
+    EXPECT_TRUE(tv().isFetchNoted);
 }
 
 TEST_F(RemotePlaybackTest, MaybeDestroyedAtAnyPoint) {

@@ -24,6 +24,8 @@ class ScriptedControl : public VideoControl, public std::enable_shared_from_this
     std::function<Reported(double seconds)> report = [this](double seconds) { return usual(seconds); };
     std::function<Clock::Duration(const QString& verb)> latency;
 
+    int otherWays = 0;  ///< to hand a movie over
+    bool isFetchNoted = false;
     double movesAfter = 0.7;  ///< seconds from `/play`
     double rate = 1;
 
@@ -39,6 +41,15 @@ class ScriptedControl : public VideoControl, public std::enable_shared_from_this
     void say(PlaybackEvent::State state, const QString& reason = {}) {
         deliver({.state = state, .reason = reason});
     }
+
+    void setHold(const std::optional<Hold>& hold) {
+        hold_ = hold;
+        holdChanged();
+    }
+    std::optional<Hold> hold() const override { return hold_; }
+    void supply(const QString& secret) override { verbs.append(QStringLiteral("supply ") + secret); }
+    bool tryAnotherWay() override { return otherWays-- > 0; }
+    void noteFetched() override { isFetchNoted = true; }
 
     QCoro::Task<Outcome> open() override { return verb(QStringLiteral("open")); }
     bool isOpen() const override { return isOpen_; }
@@ -98,6 +109,7 @@ class ScriptedControl : public VideoControl, public std::enable_shared_from_this
     }
 
     VirtualClock& clock_;
+    std::optional<Hold> hold_;
     Nap nap_;
     Clock::Instant playedAt_{};
     Clock::Instant positionAt_{};

@@ -19,9 +19,6 @@ int majorOf(const QString& version) {
     return version.section(u'.', 0, 0).toInt();
 }
 
-bool isEncrypted(Flavour flavour) {
-    return flavour == Flavour::transient || flavour == Flavour::paired;
-}
 bool usesPin(Flavour flavour) {
     return flavour == Flavour::legacyPin || flavour == Flavour::paired;
 }

@@ -18,6 +18,10 @@ enum class Flavour {
     paired,      ///< encrypted session, a PIN once
 };
 
+[[nodiscard]] constexpr bool isEncrypted(Flavour flavour) {
+    return flavour == Flavour::transient || flavour == Flavour::paired;
+}
+
 /// How a movie's address is handed over on it.
 enum class Handover {
     playText,   ///< `/play` with lines of text: very old receivers

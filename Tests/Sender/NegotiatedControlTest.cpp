@@ -1,0 +1,258 @@
+#include "Sender/Discovery/KnownReceivers.h"
+#include "Sender/NegotiatedControl.h"
+#include "Sender/PlaybackFailure.h"
+#include "Sender/ScriptedControl.h"
+#include "Sender/SettingsVault.h"
+#include "Support/ScriptedSystem.h"
+
+#include <QCoreApplication>
+
+#include <gmock/gmock.h>
+
+namespace velmora {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+using enum Flavour;
+using enum Handover;
+using test::ScriptedControl;
+using testing::HasSubstr;
+using Kind = ConnectionError::Kind;
+using Outcome = VideoControl::Outcome;
+using Step = Answers::Step;
+
+Outcome refusal(int status, std::optional<Step> step = {}) {
+    return std::unexpected(ConnectionError{.kind = Kind::status, .status = status, .step = step});
+}
+
+/// A receiver as its announcement tells it.
+Receiver announced(const char* features, const QByteArray& model = "TV") {
+    Receiver receiver{.name = u"tv"_s,
+                      .identifier = u"02:00:00:00:00:01"_s,
+                      .address = QHostAddress(u"192.0.2.2"_s),
+                      .port = 7000};
+    receiver.announced = TxtRecord::parse(
+        {QByteArray("features=") + features, "model=" + model, "srcvers=377.25", "flags=0x4"});
+    return receiver;
+}
+const Receiver plainTv = announced("0x77");
+const Receiver legacyTv = announced("0x8000001");
+const Receiver sealedTv = announced("0x1,0x10840");  // transient
+
+/// One control over scripted ones, in virtual time.
+class NegotiatedControlTest : public testing::Test {
+  protected:
+    void make(const Receiver& receiver) {
+        tried.clear();
+        controls.clear();
+        control = NegotiatedControl::make(
+            clock, receiver, {&credentials, &known}, [this](const Approach& approach, const auto&) {
+                tried.push_back(approach);
+                controls.push_back(std::make_shared<ScriptedControl>(clock));
+                controls.back()->latency = [this](const QString& verb) -> Clock::Duration {
+                    return verb == u"open" ? openTakes : 10ms;
+                };
+                controls.back()->outcome = [this, approach](const QString& verb) {
+                    return script ? script(approach, verb.section(u' ', 0, 0)) : Outcome();
+                };
+                return controls.back();
+            });
+    }
+    std::optional<Outcome> finished(QCoro::Task<Outcome> task) {
+        std::optional<Outcome> outcome;
+        task.then([&](const Outcome& result) { outcome = result; });
+        clock.advance(5s);
+        return outcome;
+    }
+    Outcome open() { return finished(control->open()).value_or(refusal(-1)); }
+    Outcome play() { return finished(control->play({})).value_or(refusal(-1)); }
+    Outcome openAndPlay() {
+        const Outcome opened = open();
+        return opened ? play() : opened;
+    }
+    ~NegotiatedControlTest() override {
+        control.reset();
+        QCoreApplication::processEvents();
+    }
+
+    test::VirtualClock clock;
+    test::MapPreferences values;
+    test::MapPreferences secrets;
+    KnownReceivers known{values};
+    CredentialStore credentials{clock, nullptr, std::make_unique<SettingsVault>(secrets)};
+    std::function<Outcome(const Approach&, const QString& verb)> script;
+    Clock::Duration openTakes = 10ms;
+    std::vector<Approach> tried;
+    std::vector<std::shared_ptr<ScriptedControl>> controls;
+    std::shared_ptr<NegotiatedControl> control;
+};
+
+TEST_F(NegotiatedControlTest, TriesWhatTheAnswersLeaveToTry) {
+    const Outcome ignored = std::unexpected(ConnectionError{.kind = Kind::timeout});
+    const Outcome closed = std::unexpected(ConnectionError{.kind = Kind::closed});
+    const Outcome unreachable = std::unexpected(ConnectionError{.kind = Kind::unreachable});
+    struct Answer {
+        Approach approach;
+        const char* verb;
+        Outcome outcome;
+    };
+    const struct {
+        const char* name;
+        Receiver receiver;
+        std::vector<Answer> answers;  // all others are kind
+        std::vector<Approach> tried;
+        const char* failure;  // null: plays
+    } cases[] = {
+        {"kind", plainTv, {}, {{plain, Handover::play}}, nullptr},
+        {"knows text only",
+         plainTv,
+         {{{plain, Handover::play}, "play", refusal(501)}},
+         {{plain, Handover::play}, {plain, playText}},
+         nullptr},
+        {"takes no movies",
+         plainTv,
+         {{{plain, Handover::play}, "play", refusal(404)}},
+         {{plain, Handover::play}},
+         "only take mirroring"},
+        {"wants keys",
+         legacyTv,
+         {{{plain, Handover::play}, "open", refusal(403)}},
+         {{plain, Handover::play}, {legacyKeys, Handover::play}},
+         nullptr},
+        {"new generation",
+         sealedTv,
+         {{{transient, Handover::play}, "play", refusal(501)}},
+         {{transient, Handover::play}, {transient, playQueue}},
+         nullptr},
+        {"old generation that hangs up",
+         sealedTv,
+         {{{transient, Handover::play}, "open", closed}},
+         {{transient, Handover::play}, {transient, playQueue}},
+         nullptr},
+        {"may have taken it",
+         sealedTv,
+         {{{transient, Handover::play}, "play", ignored}},
+         {{transient, Handover::play}},
+         "stopped answering"},
+        {"busy for longer",
+         plainTv,
+         {{{plain, Handover::play}, "play", refusal(453)}},
+         {{plain, Handover::play}, {plain, Handover::play}},
+         "busy with something else"},
+        {"out of reach",
+         sealedTv,
+         {{{transient, Handover::play}, "open", unreachable}},
+         {{transient, Handover::play}},
+         ""},
+    };
+    for (const auto& entry : cases) {
+        script = [&](const Approach& approach, const QString& verb) -> Outcome {
+            for (const auto& [asked, name, outcome] : entry.answers)
+                if (asked == approach && verb == QLatin1StringView(name)) return outcome;
+            return {};
+        };
+        make(entry.receiver);
+        const Outcome outcome = openAndPlay();
+        EXPECT_EQ(outcome.has_value(), entry.failure == nullptr) << entry.name;
+        if (!outcome && entry.failure) {
+            EXPECT_THAT(PlaybackFailure::refused(outcome.error()).toStdString(), HasSubstr(entry.failure));
+        }
+        EXPECT_EQ(tried, entry.tried) << entry.name;
+        for (std::size_t i = 0; i + 1 < controls.size(); ++i)
+            EXPECT_FALSE(controls[i]->isOpen()) << entry.name;
+    }
+}
+
+TEST_F(NegotiatedControlTest, FindsAnotherWayForWhatWasTakenAndNeverFetched) {
+    make(sealedTv);
+    ASSERT_TRUE(openAndPlay());
+    ASSERT_TRUE(control->tryAnotherWay());
+    ASSERT_TRUE(play());
+    EXPECT_EQ(tried, (std::vector<Approach>{{transient, Handover::play}, {transient, playQueue}}));
+    EXPECT_EQ(controls.front()->verbs.last(), u"stop"_s);
+    EXPECT_FALSE(controls.front()->isOpen());
+    EXPECT_FALSE(control->tryAnotherWay());  // an item of the queue may yet play
+
+    control->noteFetched();
+    make(sealedTv);
+    ASSERT_TRUE(open());
+    EXPECT_EQ(tried.front(), (Approach{transient, playQueue})) << "what worked comes first";
+    Receiver updated = sealedTv;
+    updated.announced->sourceVersion = u"400.1"_s;
+    make(updated);
+    ASSERT_TRUE(open());
+    EXPECT_EQ(tried.front(), (Approach{transient, Handover::play})) << "and not after an update";
+}
+
+TEST_F(NegotiatedControlTest, NeverOffersTwiceWhatWasTaken) {
+    for (const bool isFetched : {false, true}) {
+        make(sealedTv);
+        script = {};
+        ASSERT_TRUE(openAndPlay());
+        if (isFetched) control->noteFetched();
+        script = [](const Approach&, const QString&) { return refusal(500); };
+        EXPECT_FALSE(play());
+        EXPECT_EQ(tried.size(), 1U);
+    }
+    EXPECT_FALSE(control->tryAnotherWay());
+    make(plainTv);  // whose silence is a firewall's
+    script = {};
+    ASSERT_TRUE(openAndPlay());
+    EXPECT_FALSE(control->tryAnotherWay());
+}
+
+TEST_F(NegotiatedControlTest, AsksForThePasswordUntilItIsTaken) {
+    int refusals = 2;
+    script = [&](const Approach&, const QString& verb) -> Outcome {
+        return verb == u"play" && refusals-- > 0 ? refusal(401) : Outcome();
+    };
+    make(plainTv);
+    ASSERT_TRUE(open());
+    std::optional<Outcome> outcome;
+    control->play({}).then([&](const Outcome& result) { outcome = result; });
+    clock.advance(1s);
+    ASSERT_EQ(control->hold(), VideoControl::Hold{.kind = VideoControl::Hold::Kind::password});
+    control->supply(u"guess"_s);
+    clock.advance(1s);
+    ASSERT_TRUE(control->hold());
+    EXPECT_EQ(control->hold()->message, PlaybackFailure::wrongPassword());
+    EXPECT_TRUE(secrets.values.isEmpty());
+    control->supply(u"right"_s);
+    clock.advance(1s);
+    ASSERT_TRUE(outcome && *outcome);
+    EXPECT_FALSE(control->hold());
+    EXPECT_THAT(secrets.values.first().toString().toStdString(), HasSubstr("right"));
+
+    refusals = 1;  // it was changed
+    make(plainTv);
+    ASSERT_TRUE(open());
+    outcome.reset();
+    control->play({}).then([&](const Outcome& result) { outcome = result; });
+    clock.advance(1s);
+    EXPECT_TRUE(control->hold());
+    EXPECT_TRUE(secrets.values.isEmpty());
+    control->close();
+    clock.advance(1s);
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome->error().kind, Kind::closed);
+}
+
+TEST_F(NegotiatedControlTest, TellsThatAReceiverTakesItsTime) {
+    openTakes = 20s;
+    make(plainTv);
+    int changes = 0;
+    control->onHold([&] { ++changes; });
+    const auto opening = control->open();
+    clock.advance(2s);
+    EXPECT_EQ(changes, 0);
+    clock.advance(2s);
+    EXPECT_EQ(control->hold(), VideoControl::Hold{});
+    clock.advance(20s);
+    EXPECT_TRUE(control->isOpen());
+    EXPECT_FALSE(control->hold());
+    EXPECT_EQ(changes, 2);
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,128 @@
+#pragma once
+
+#include "Platform/Linux/LinuxPlayerItem.h"
+#include "Platform/Linux/MpvPlayer.h"
+#include "System/Clock.h"
+#include "System/Player.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace velmora {
+
+class NetworkOutputContext;
+struct Receiver;
+
+/// One player with two engines: mpv on this computer, and whatever its context plays on a television.
+///
+/// Where the context has a television, the file is loaded here for its length and its tracks, and stays
+/// silent. What is on the television is judged by `RemotePlayback`; when it drops, the position is kept, and
+/// `setOutputContext` or `play` attaches again there. Someone who stops the movie at the television, or takes
+/// it over, takes the route back to this computer.
+///
+/// At the movie's end external playback stays active: the movie is over there, not lost.
+///
+/// Tracks chosen here are heard and seen here only. The television gets the whole file and begins with its
+/// default tracks; the sender's protocol has no verb for another choice.
+class LinuxPlayer : public Player {
+    Q_OBJECT
+
+  public:
+    struct Environment {
+        MpvPlayer::Options local{};
+        /// Keeps the display lit until the returned object is dropped; may be empty.
+        std::function<std::shared_ptr<void>()> lightDisplay{};
+    };
+
+    /// The clock must outlive it.
+    LinuxPlayer(Clock& clock, Environment environment);
+    ~LinuxPlayer() override;
+
+    [[nodiscard]] std::shared_ptr<PlayerItem> currentItem() const override { return item_; }
+    void replaceCurrentItem(std::shared_ptr<PlayerItem> item) override;
+    void play() override;
+    void pause() override;
+    [[nodiscard]] TimeControlStatus timeControlStatus() const override { return status_; }
+    [[nodiscard]] std::optional<double> currentTime() const override;
+    void seek(double seconds, Tolerance tolerance, Seeked seeked) override;
+    [[nodiscard]] Observation observeTime(std::chrono::nanoseconds interval, TimeObserver observer) override;
+    [[nodiscard]] bool isExternalPlaybackActive() const override { return isExternal_; }
+    [[nodiscard]] std::optional<int> externalPlaybackType() const override { return std::nullopt; }
+    void setAllowsExternalPlayback(bool on) override;
+    bool setOutputContext(OutputContext* context) override;
+    void setPausesAtEnd(bool on) override { local_.setKeepsLastPicture(on); }
+    void setPreventsDisplaySleep(bool on) override;
+
+    /// For whoever draws its pictures.
+    [[nodiscard]] MpvPlayer& local() { return local_; }
+
+  private:
+    struct Observer;
+
+    // This computer.
+    void takeReady();
+    void takeFailure(const QString& reason);
+    void takeEnd();
+    void takeSelection(MediaGroup::Kind kind);
+    void playLocally();
+
+    // The television.
+    [[nodiscard]] std::optional<Receiver> television() const;
+    void attach(const Receiver& television);
+    void steer();
+    void follow();
+    void followRate(bool plays);
+    void detach();
+    void takeRemoteEnd(double position);
+    void lose(bool isDropped);
+    void setExternal(bool active);
+
+    // Both.
+    void synchronizeSoon();
+    void synchronize();
+    void updateStatus();
+    [[nodiscard]] TimeControlStatus statusNow() const;
+    void updateDisplay();
+    void arm(const std::shared_ptr<Observer>& observer);
+    void tellTime();
+
+    Clock& clock_;
+    Environment environment_;
+    MpvPlayer local_;
+    std::shared_ptr<LinuxPlayerItem> item_;
+    NetworkOutputContext* context_ = nullptr;
+    bool allowsExternal_ = true;
+
+    bool wantsToPlay_ = false;
+    bool wantsAttachment_ = false;  ///< to the television, once the item is ready and is to play
+    bool isAtEnd_ = false;
+    std::optional<double> kept_;  ///< where the television was left, until somebody goes on from there
+    bool isAttached_ = false;
+    bool isExternal_ = false;
+    bool remotePlays_ = false;       ///< what the television was last told, or did by itself
+    bool awaitsRemoteRate_ = false;  ///< it has not followed yet
+
+    TimeControlStatus status_ = TimeControlStatus::paused;
+    bool isSynchronizing_ = false;
+    quint64 remoteSeeks_ = 0;
+    bool preventsDisplaySleep_ = false;
+    std::shared_ptr<void> litDisplay_;
+    std::vector<std::weak_ptr<Observer>> observers_;
+};
+
+class LinuxPlayerFactory : public PlayerFactory {
+  public:
+    LinuxPlayerFactory(Clock& clock, LinuxPlayer::Environment environment)
+        : clock_(clock), environment_(std::move(environment)) {}
+
+    [[nodiscard]] std::shared_ptr<Player> makePlayer() override;
+    [[nodiscard]] std::shared_ptr<PlayerItem> makeItem(const QUrl& file) override;
+
+  private:
+    Clock& clock_;
+    LinuxPlayer::Environment environment_;
+};
+
+}  // namespace velmora

@@ -23,9 +23,11 @@ struct Context {
     std::function<void(const QString&)> complain;  ///< about what a sender did wrong
     std::function<void(const QString&)> say;       ///< to whoever watches
 
-    int remotes = 0;         ///< open sessions for remote control only
-    bool awake = true;       ///< see `Misbehaviour::sleeps`
-    Clock::Instant woken{};  ///< when `awake` became true
+    int remotes = 0;          ///< open sessions for remote control only
+    bool headless = false;    ///< it plays, and nothing is on the screen
+    double lastDuration = 0;  ///< of the movie last played, in seconds
+    bool awake = true;        ///< see `Misbehaviour::sleeps`
+    Clock::Instant woken{};   ///< when `awake` became true
 
     [[nodiscard]] bool does(Misbehaviour misbehaviour) const { return options.does(misbehaviour); }
     [[nodiscard]] double numberOf(Misbehaviour misbehaviour) const { return options.numberOf(misbehaviour); }

@@ -19,6 +19,15 @@ Guest::Guest(Context& context, Pairings& pairings, PlayVerbs& verbs, QTcpSocket*
     connect(&connection_, &ControlConnection::closed, this, &Guest::left);
 }
 
+void Guest::fallSilent() {
+    silent_ = true;
+    if (session_) session_->fallSilent();
+}
+
+int Guest::unansweredEvents() const {
+    return connection_.unansweredEvents() + (session_ ? session_->unansweredEvents() : 0);
+}
+
 void Guest::take(const Request& request) {
     Q_EMIT requested(request);
     if (silent_) return;
@@ -28,10 +37,16 @@ void Guest::take(const Request& request) {
 }
 
 void Guest::answer(const Request& request, const Reply& reply) {
-    if (connection_.isSealed()) return reply(response(501));
+    if (session_) {
+        if (const auto challenge = password_.challenge(request, true)) return reply(*challenge);
+        return session_->answer(request, reply);
+    }
     if (!PairingVerbs::takes(request)) return answerPlain(request, reply);
     const Response answer = pairing_.answer(request);
-    if (const auto shared = pairing_.takeShared()) connection_.sealNext(SecureChannel::control(*shared));
+    if (const auto shared = pairing_.takeShared()) {
+        connection_.sealNext(SecureChannel::control(*shared));
+        session_ = std::make_unique<SessionVerbs>(context_, verbs_, connection_, *shared);
+    }
     reply(answer);
 }
 

@@ -4,6 +4,7 @@
 #include "Television/PairingVerbs.h"
 #include "Television/PasswordGuard.h"
 #include "Television/PlayVerbs.h"
+#include "Television/Session/SessionVerbs.h"
 
 #include <memory>
 
@@ -20,7 +21,10 @@ class Guest : public QObject {
 
     [[nodiscard]] ControlConnection& connection() { return connection_; }
     /// Answers nothing any more.
-    void fallSilent() { silent_ = true; }
+    void fallSilent();
+    /// Null before the connection is sealed.
+    [[nodiscard]] const SessionVerbs* session() const { return session_.get(); }
+    [[nodiscard]] int unansweredEvents() const;
 
   Q_SIGNALS:
     void requested(const velmora::Request& request);
@@ -37,6 +41,7 @@ class Guest : public QObject {
     ControlConnection connection_;
     PairingVerbs pairing_;
     PasswordGuard password_;
+    std::unique_ptr<SessionVerbs> session_;
     bool silent_ = false;
 };
 

@@ -36,6 +36,9 @@ const QCommandLineOption pinOption(u"pin"_s, u"The PIN that it shows (1234)."_s,
 const QCommandLineOption passwordOption(u"password"_s, u"Ask for this password."_s, u"PASSWORD"_s);
 const QCommandLineOption modelOption(u"model"_s, u"Its model, such as AppleTV14,1."_s, u"MODEL"_s);
 const QCommandLineOption versionOption(u"os-version"_s, u"The version of its system."_s, u"VERSION"_s);
+const QCommandLineOption publishOption(u"publish"_s, u"Announce it on the network, through Avahi."_s);
+const QCommandLineOption busOption(u"bus"_s, u"The message bus with Avahi on it (the system's)."_s,
+                                   u"ADDRESS"_s);
 const QCommandLineOption durationOption(u"duration"_s, u"End after so many seconds."_s, u"SECONDS"_s, u"0"_s);
 
 std::expected<Television::Options, QString> optionsFrom(const QCommandLineParser& parser) {
@@ -56,6 +59,8 @@ std::expected<Television::Options, QString> optionsFrom(const QCommandLineParser
     options.password = parser.value(passwordOption);
     options.model = parser.value(modelOption);
     options.systemVersion = parser.value(versionOption);
+    options.publish = parser.isSet(publishOption);
+    options.busAddress = parser.value(busOption);
     for (const QString& text : parser.values(misbehaveOption)) {
         const auto misbehaviour = readMisbehaviour(text);
         if (!misbehaviour) return std::unexpected(misbehaviour.error());
@@ -76,7 +81,8 @@ int main(int argc, char** argv) {
         misbehaviourHelp());
     parser.addHelpOption();
     parser.addOptions({nameOption, addressOption, portOption, flavourOption, handoverOption, pinOption,
-                       passwordOption, modelOption, versionOption, misbehaveOption, durationOption});
+                       passwordOption, modelOption, versionOption, publishOption, busOption, misbehaveOption,
+                       durationOption});
     parser.process(application);
 
     QTextStream errors(stderr);

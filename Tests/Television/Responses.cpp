@@ -24,6 +24,8 @@ QByteArray reasonOf(int status) {
             return "Method Not Allowed";
         case 453:
             return "Not Enough Bandwidth";
+        case 455:
+            return "Method Not Valid In This State";
         case 470:
             return "Connection Authorization Required";
         case 500:

@@ -2,6 +2,8 @@
 
 #include "Support/Seconds.h"
 
+#include <functional>
+
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
 
@@ -33,7 +35,7 @@ void SimulatedPlayer::load(const Movie& movie) {
     connect(fetcher_.get(), &MediaFetcher::opened, this, &SimulatedPlayer::open);
     connect(fetcher_.get(), &MediaFetcher::buffered, this, &SimulatedPlayer::buffered);
     connect(fetcher_.get(), &MediaFetcher::failed, this, [this](const QString& reason) {
-        stop();
+        stop(u"failed"_s);
         Q_EMIT failed(reason);
     });
     QMetaObject::invokeMethod(fetcher_.get(), &MediaFetcher::start, Qt::QueuedConnection);
@@ -58,17 +60,33 @@ void SimulatedPlayer::buffered(double fraction) {
 void SimulatedPlayer::run() {
     if (running_ || !ready_ || duration() == 0) return;
     if (wantedRate_ == 0) return setState(State::paused);
-    if (!hasMoved_) firstMoved_ = clock_.now();
-    if (!hasMoved_ && does(Misbehaviour::pausesItself))
-        misbehaving_ = clock_.after(numberOf(Misbehaviour::pausesItself), [this] { setRate(0); });
-    if (!hasMoved_ && does(Misbehaviour::isStoppedThere))
-        misbehaving_ =
-            clock_.after(numberOf(Misbehaviour::isStoppedThere), [this] { stop(u"interrupted"_s); });
+    if (!hasMoved_) misbehave();
     hasMoved_ = true;
     running_ = true;
     since_ = clock_.now();
     schedule();
     setState(State::playing);
+}
+
+/// When the picture moves first.
+void SimulatedPlayer::misbehave() {
+    firstMoved_ = clock_.now();
+    const auto later = [this](Misbehaviour misbehaviour, const std::function<void()>& act) {
+        if (does(misbehaviour)) misbehaving_ = clock_.after(numberOf(misbehaviour), act);
+    };
+    later(Misbehaviour::pausesItself, [this] { setRate(0); });
+    later(Misbehaviour::isStoppedThere, [this] { stop(u"left"_s); });
+    later(Misbehaviour::isTakenOver, [this] { playForeign(); });
+}
+
+/// What another sender brought; nobody here has a say in it.
+void SimulatedPlayer::playForeign() {
+    constexpr double foreignDuration = 3600;
+    stop(u"interrupted"_s);
+    movie_ = {.url = {}, .uuid = u"7E3E1F6C-93B4-4E35-8B5D-3B0F2A0F4C11"_s};
+    ready_ = running_ = true;
+    duration_ = foreignDuration;
+    since_ = clock_.now();
 }
 
 /// The picture stands, where it is.

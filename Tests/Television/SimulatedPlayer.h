@@ -35,7 +35,7 @@ class SimulatedPlayer : public QObject {
     void load(const Movie& movie);
     void setRate(double rate);
     void seek(double seconds);
-    /// `reason` as receivers word it: "ended", "interrupted", or nothing.
+    /// `reason`: "ended", "interrupted" by another sender, "left" by the viewer, "failed", or nothing.
     void stop(const QString& reason = {});
 
     [[nodiscard]] State state() const { return state_; }
@@ -54,6 +54,8 @@ class SimulatedPlayer : public QObject {
     void open(double duration);
     void buffered(double fraction);
     void run();
+    void misbehave();
+    void playForeign();
     void hold();
     void schedule();
     void setState(State state, const QString& reason = {});

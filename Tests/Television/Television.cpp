@@ -60,6 +60,10 @@ Television::~Television() {
 
 std::expected<void, QString> Television::listen() {
     if (!server_.listen(options_.address, options_.port)) return std::unexpected(server_.errorString());
+    if (!options_.publish) return {};
+    publication_ = std::make_unique<Publication>(options_, server_.serverPort());
+    connect(publication_.get(), &Publication::said, this, &Television::said);
+    if (!publication_->failure().isEmpty()) return std::unexpected(publication_->failure());
     return {};
 }
 
@@ -76,7 +80,7 @@ Receiver Television::receiver() const {
 
 int Television::unansweredEvents() const {
     int count = 0;
-    for (Guest* guest : guests_) count += guest->connection().unansweredEvents();
+    for (const Guest* guest : guests_) count += guest->unansweredEvents();
     return count;
 }
 
@@ -117,7 +121,9 @@ void Television::tell(State state, const QString& reason) {
         line += u" at %1 of %2"_s.arg(clockFace(player_.position()), clockFace(player_.duration()));
     if (!reason.isEmpty()) line += u" (%1)"_s.arg(reason);
     Q_EMIT said(line);
-    sendEvent(options_.does(Misbehaviour::liesInEvents) ? u"playing"_s : eventName(state), reason);
+    const bool isTold = reason == "ended"_L1 || reason == "interrupted"_L1;
+    sendEvent(options_.does(Misbehaviour::liesInEvents) ? u"playing"_s : eventName(state),
+              isTold ? reason : QString());
 }
 
 /// On the reversed connections.

@@ -5,6 +5,7 @@
 #include "Television/Guest.h"
 #include "Television/Pairings.h"
 #include "Television/PlayVerbs.h"
+#include "Television/Publication.h"
 #include "Television/SimulatedPlayer.h"
 
 #include <QObject>
@@ -12,6 +13,7 @@
 #include <QTcpServer>
 
 #include <expected>
+#include <memory>
 
 namespace velmora::test {
 
@@ -26,12 +28,18 @@ class Television : public QObject {
     Television(Clock& clock, const Options& options, QObject* parent = nullptr);
     ~Television() override;
 
+    /// Also announces it, where that is asked for. Fails with the reason.
     [[nodiscard]] std::expected<void, QString> listen();
     /// As a sender that has seen its announcement knows it.
     [[nodiscard]] Receiver receiver() const;
 
     /// For the viewer's remote, and to see what plays.
     [[nodiscard]] SimulatedPlayer& player() { return player_; }
+
+    /// Whether a viewer sees the movie.
+    [[nodiscard]] bool showsPicture() const {
+        return player_.state() == SimulatedPlayer::State::playing && !context_.headless;
+    }
 
     /// The PIN to type; changes only what is shown from now on.
     [[nodiscard]] const QString& pin() const { return options_.pin; }
@@ -64,6 +72,7 @@ class Television : public QObject {
     Pairings pairings_;
     PlayVerbs verbs_;
     QList<Guest*> guests_;
+    std::unique_ptr<Publication> publication_;
     bool silent_ = false;
     QStringList complaints_;
     QList<QByteArray> requests_;

@@ -1,0 +1,299 @@
+#include "Television/Session/RemoteStream.h"
+
+#include "Sender/Pairing/Crypto.h"
+
+#include <QDateTime>
+
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+namespace velmora::test {
+
+namespace {
+
+using State = SimulatedPlayer::State;
+
+constexpr Clock::Duration dialDeadline = 5s;
+constexpr Clock::Duration replyDeadline = 5s;
+constexpr Clock::Duration heartbeatDeadline = 35s;
+constexpr Clock::Duration timeToWake = 1s;
+constexpr double from1970To2001 = 978307200;
+constexpr double clockError = 3;  // of the television's, in seconds
+
+// Kinds of message.
+constexpr int plainAnswer = 0;
+constexpr int sendCommand = 1;
+constexpr int commandResult = 2;
+constexpr int setState = 4;
+constexpr int deviceInfo = 15;
+constexpr int wantedUpdates = 16;
+constexpr int deviceInfoUpdate = 37;
+constexpr int connectionState = 38;
+constexpr int wakeDevice = 41;
+constexpr int generic = 42;
+constexpr int updateContentItem = 56;
+constexpr int keyboardSession = 24;
+
+// Commands and states of a player.
+constexpr int play = 1;
+constexpr int pause = 2;
+constexpr int stop = 4;
+constexpr int seek = 45;
+constexpr int playing = 1;
+constexpr int paused = 2;
+constexpr int stopped = 3;
+constexpr int notSupported = 10;
+
+const char* const bundle = "com.apple.TVAirPlay";
+
+void appendVarint(QByteArray& bytes, quint64 number) {
+    for (; number > 0x7F; number >>= 7U) bytes.append(char(number | 0x80U));
+    bytes.append(char(number));
+}
+
+/// Takes a length and as many bytes off the front; nothing if that cannot be done.
+std::optional<QByteArray> takeCounted(QByteArray& bytes) {
+    quint64 length = 0;
+    for (qsizetype i = 0; i < qMin<qsizetype>(bytes.size(), 4); ++i) {
+        const auto byte = uchar(bytes[i]);
+        length |= quint64(byte & 0x7FU) << (7 * unsigned(i));
+        if (byte & 0x80U) continue;
+        if (bytes.size() - i - 1 < qsizetype(length)) return std::nullopt;
+        const QByteArray taken = bytes.mid(i + 1, qsizetype(length));
+        bytes.remove(0, i + 1 + qsizetype(length));
+        return taken;
+    }
+    return std::nullopt;
+}
+
+remote::Envelope message(int type, const std::string& identifier = {}) {
+    remote::Envelope message;
+    message.set_type(type);
+    if (!identifier.empty()) message.set_identifier(identifier);
+    return message;
+}
+
+void setPath(remote::PlayerPath& path) {
+    path.mutable_origin()->set_type(1);
+    path.mutable_client()->set_bundle(bundle);
+    path.mutable_player()->set_identifier("MediaRemote-DefaultPlayer");
+}
+
+double televisionTime() {
+    return double(QDateTime::currentMSecsSinceEpoch()) / 1000 - from1970To2001 - clockError;
+}
+
+}  // namespace
+
+RemoteStream::RemoteStream(Context& context, Secret shared, quint64 seed)
+    : context_(context),
+      shared_(std::move(shared)),
+      seed_(seed),
+      sequence_((quint64{1} << 32U) + uchar(Crypto::random(1).data()[0])) {
+    if (!server_.listen(context.options.address)) context.say(server_.errorString());
+    connect(&server_, &QTcpServer::newConnection, this, &RemoteStream::accept);
+    connect(&context.player, &SimulatedPlayer::stateChanged, this, &RemoteStream::tell);
+    dialling_ = context.clock.after(dialDeadline, [this] { fail(u"nobody dials the data port"_s); });
+}
+
+void RemoteStream::close() {
+    if (!socket_) return;
+    socket_->disconnect(this);
+    socket_->close();
+}
+
+void RemoteStream::accept() {
+    socket_ = std::make_unique<SealedSocket>(server_.nextPendingConnection());
+    server_.close();
+    dialling_.cancel();
+    socket_->seal(SecureChannel::data(shared_, seed_));
+    connect(socket_.get(), &SealedSocket::received, this, &RemoteStream::receive);
+    connect(socket_.get(), &SealedSocket::broken, this, &RemoteStream::fail);
+    connect(socket_.get(), &SealedSocket::closed, this, &RemoteStream::ended);
+    expectHeartbeat();
+}
+
+void RemoteStream::receive(const QByteArray& bytes) {
+    bytes_ += bytes;
+    for (;;) {
+        const auto frame = RemoteFrame::take(bytes_);
+        if (!frame) return fail(frame.error());
+        if (!*frame) return;
+        const QString wrong = (*frame)->isReply ? takeReply((*frame)->sequence) : take(**frame);
+        if (!wrong.isEmpty()) return fail(wrong);
+    }
+}
+
+QString RemoteStream::takeReply(quint64 sequence) {
+    return waiting_.remove(sequence) == 1 ? QString() : u"a reply to no frame"_s;
+}
+
+QString RemoteStream::take(const RemoteFrame& frame) {
+    socket_->write(RemoteFrame{.isReply = true, .sequence = frame.sequence, .payload = {}}.encoded());
+    QByteArray rest = frame.payload;
+    while (!rest.isEmpty()) {
+        const auto bytes = takeCounted(rest);
+        Message message;
+        if (!bytes || !message.ParseFromArray(bytes->constData(), int(bytes->size())))
+            return u"a message that cannot be read"_s;
+        const QString wrong = take(message);
+        if (!wrong.isEmpty()) return wrong;
+    }
+    return {};
+}
+
+QString RemoteStream::take(const Message& received) {
+    if (!introduced_) return takeDeviceInfo(received);
+    const std::string& identifier = received.identifier();
+    switch (received.type()) {
+        case connectionState:
+            connected_ = received.connection_state().state() == 2;
+            return connected_ ? QString() : u"a connection state other than 2"_s;
+        case wantedUpdates:
+            if (!connected_) return u"a wish for updates before the connection state"_s;
+            send(message(plainAnswer, identifier));
+            sendOddities();
+            tell(context_.player.state(), {});
+            return {};
+        case keyboardSession:
+            send(message(plainAnswer, identifier));
+            return {};
+        case generic:
+            expectHeartbeat();
+            send(message(generic, identifier));
+            return {};
+        case wakeDevice:
+            wake();
+            return {};
+        case sendCommand:
+            return takeCommand(received);
+        default:
+            return u"a message of type %1"_s.arg(received.type());
+    }
+}
+
+QString RemoteStream::takeDeviceInfo(const Message& message) {
+    const remote::DeviceInfo& info = message.device_info();
+    if (message.type() != deviceInfo || message.identifier().empty())
+        return u"another first message than who it is"_s;
+    if (info.name().empty() || info.unique_identifier().empty())
+        return u"a remote control without name and identifier"_s;
+    introduced_ = true;
+    introduce(deviceInfo, message.identifier());
+    return {};
+}
+
+QString RemoteStream::takeCommand(const Message& received) {
+    const remote::SendCommand& command = received.send_command();
+    if (received.identifier().empty()) return u"a command without an identifier"_s;
+    if (command.has_player_path() && command.player_path().client().bundle() != bundle)
+        return u"a command to another player"_s;
+    Message result = message(commandResult, received.identifier());
+    const bool done = steer(command.command(), command);
+    result.mutable_command_result()->set_send_error(done ? 0 : notSupported);
+    result.mutable_command_result()->set_handler_status(0);
+    send(result);
+    if (command.command() == seek)
+        tellPlayer(context_.player.state() == State::paused ? paused : playing,
+                   command.options().playback_position());
+    return {};
+}
+
+bool RemoteStream::steer(int command, const remote::SendCommand& options) {
+    if (command == play || command == pause) {
+        context_.player.setRate(command == play ? 1 : 0);
+    } else if (command == stop) {
+        context_.player.stop();
+    } else if (command == seek && options.options().has_playback_position()) {
+        context_.player.seek(options.options().playback_position());
+    } else {
+        return false;
+    }
+    return true;
+}
+
+void RemoteStream::wake() {
+    waking_ = context_.clock.after(timeToWake, [this] {
+        if (!context_.awake) context_.woken = context_.clock.now();
+        context_.awake = true;
+        introduce(deviceInfoUpdate, {});
+    });
+}
+
+void RemoteStream::introduce(int type, const std::string& identifier) {
+    Message ours = message(type, identifier);
+    remote::DeviceInfo& info = *ours.mutable_device_info();
+    info.set_unique_identifier("5F5C1B26-3D0A-4A83-A0F4-08B2B0B7C0A1");
+    info.set_name(context_.options.name.toStdString());
+    info.set_logical_device_count(context_.awake ? 1 : 0);
+    send(ours);
+}
+
+/// A message without its length, two in one frame, and one that nobody knows: all are real.
+void RemoteStream::sendOddities() {
+    constexpr int configureConnection = 120;
+    constexpr int unheardOf = 321;
+    send(QByteArray::fromStdString(message(configureConnection).SerializeAsString()), {});
+    send({}, {message(unheardOf), message(configureConnection)});
+}
+
+void RemoteStream::tell(State state, const QString& reason) {
+    const SimulatedPlayer& player = context_.player;
+    if (!connected_) return;
+    if (state == State::playing || state == State::paused)
+        tellPlayer(state == State::playing ? playing : paused, player.reportedPosition());
+    else if (state == State::idle)
+        tellPlayer(reason == "ended"_L1 ? paused : stopped, context_.lastDuration);
+}
+
+/// In parts, as receivers do: first the item with its times, then how the player does.
+void RemoteStream::tellPlayer(int playbackState, double position) {
+    context_.lastDuration = qMax(context_.lastDuration, context_.player.duration());
+    Message update = message(updateContentItem);
+    remote::ContentItem& item = *update.mutable_update_content_item()->add_items();
+    setPath(*update.mutable_update_content_item()->mutable_player_path());
+    item.set_identifier("item");
+    item.mutable_metadata()->set_duration(context_.lastDuration);
+    item.mutable_metadata()->set_elapsed(position);
+    item.mutable_metadata()->set_rate(playbackState == playing ? 1 : 0);
+    item.mutable_metadata()->set_elapsed_timestamp(televisionTime());
+    Message state = message(setState);
+    state.mutable_set_state()->set_playback_state(playbackState);
+    setPath(*state.mutable_set_state()->mutable_player_path());
+    send({}, {update, state});
+}
+
+/// In two writes, which may well be two records.
+void RemoteStream::send(const QByteArray& raw, const QList<Message>& messages) {
+    if (!socket_) return;
+    RemoteFrame frame{.isReply = false, .sequence = sequence_++, .payload = raw};
+    for (const Message& message : messages) {
+        const QByteArray bytes = QByteArray::fromStdString(message.SerializeAsString());
+        appendVarint(frame.payload, quint64(bytes.size()));
+        frame.payload += bytes;
+    }
+    const QByteArray bytes = frame.encoded();
+    waiting_[frame.sequence] =
+        context_.clock.after(replyDeadline, [this] { fail(u"a frame that nobody replies to"_s); });
+    constexpr qsizetype half = 40;
+    socket_->write(bytes.first(half));
+    socket_->write(bytes.mid(half));
+}
+
+void RemoteStream::expectHeartbeat() {
+    beating_ = context_.clock.after(heartbeatDeadline,
+                                    [this] { fail(u"no heartbeat of the remote control for 35 seconds"_s); });
+}
+
+void RemoteStream::fail(const QString& reason) {
+    context_.complain(u"data stream: "_s + reason);
+    for (Clock::Timer* timer : {&dialling_, &beating_, &waking_}) timer->cancel();
+    waiting_.clear();
+    if (socket_) {
+        socket_->disconnect(this);
+        socket_->abort();
+    }
+    Q_EMIT ended();
+}
+
+}  // namespace velmora::test

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "MediaRemote.pb.h"
+#include "Television/Context.h"
+#include "Television/SealedSocket.h"
+#include "Television/Session/RemoteFrames.h"
+#include "Television/SimulatedPlayer.h"
+
+#include <QMap>
+#include <QObject>
+#include <QTcpServer>
+
+#include <memory>
+
+namespace velmora::test {
+
+/// The data stream of a session for remote control: says what plays, and is steered and woken.
+class RemoteStream : public QObject {
+    Q_OBJECT
+
+  public:
+    RemoteStream(Context& context, Secret shared, quint64 seed);
+
+    [[nodiscard]] quint16 port() const { return server_.serverPort(); }
+    void close();
+
+  Q_SIGNALS:
+    void ended();
+
+  private:
+    using Message = remote::Envelope;
+
+    void accept();
+    void receive(const QByteArray& bytes);
+    [[nodiscard]] QString take(const RemoteFrame& frame);
+    [[nodiscard]] QString takeReply(quint64 sequence);
+    [[nodiscard]] QString take(const Message& message);
+    [[nodiscard]] QString takeDeviceInfo(const Message& message);
+    [[nodiscard]] QString takeCommand(const Message& message);
+    [[nodiscard]] bool steer(int command, const remote::SendCommand& options);
+    void wake();
+
+    void introduce(int type, const std::string& identifier);
+    void sendOddities();
+    void tell(SimulatedPlayer::State state, const QString& reason);
+    void tellPlayer(int playbackState, double position);
+    void send(const Message& message) { send(QByteArray(), {message}); }
+    void send(const QByteArray& raw, const QList<Message>& messages);
+    void expectHeartbeat();
+    void fail(const QString& reason);
+
+    Context& context_;
+    Secret shared_;
+    quint64 seed_;
+    QTcpServer server_;
+    std::unique_ptr<SealedSocket> socket_;
+    QByteArray bytes_;
+    bool introduced_ = false;
+    bool connected_ = false;
+    quint64 sequence_;
+    QMap<quint64, Clock::Timer> waiting_;
+    Clock::Timer dialling_;
+    Clock::Timer beating_;
+    Clock::Timer waking_;
+};
+
+}  // namespace velmora::test

@@ -15,6 +15,8 @@
 
 namespace velmora::test {
 
+using namespace Qt::StringLiterals;
+
 class ScriptedPlayer;
 
 /// Where the scripted players play: numbered from 1 in the order of their making, each noting in one journal
@@ -73,16 +75,16 @@ class ScriptedItem : public PlayerItem {
         return status_ == Status::readyToPlay ? std::optional(stage_.length) : std::nullopt;
     }
     void loadGroup(MediaGroup::Kind kind, GroupLoaded loaded) override {
-        stage_.note(kind == MediaGroup::Kind::legible ? QStringLiteral("load subtitles")
-                                                      : QStringLiteral("load audio"));
-        const auto group = kind == MediaGroup::Kind::legible ? stage_.subtitles : stage_.audio;
+        const bool isText = kind == MediaGroup::Kind::legible;
+        stage_.note(isText ? u"load subtitles"_s : u"load audio"_s);
+        const auto group = isText ? stage_.subtitles : stage_.audio;
         QMetaObject::invokeMethod(this, [loaded, group] { loaded(group); }, Qt::QueuedConnection);
     }
     [[nodiscard]] std::optional<MediaOption> selected(MediaGroup::Kind kind) const override {
         return chosen.contains(kind) ? std::optional(chosen.value(kind)) : std::nullopt;
     }
     void select(const std::optional<MediaOption>& option, MediaGroup::Kind kind) override {
-        stage_.note(QStringLiteral("select ") + (option ? option->identifier : QStringLiteral("nothing")));
+        stage_.note(u"select "_s + (option ? option->identifier : u"nothing"_s));
         chosen.remove(kind);
         if (option) chosen.insert(kind, *option);
     }
@@ -113,7 +115,7 @@ class ScriptedItem : public PlayerItem {
 class ScriptedPlayer : public Player {
   public:
     ScriptedPlayer(Stage& stage, size_t number) : stage_(stage), number_(QString::number(number)) {}
-    ~ScriptedPlayer() override { note(QStringLiteral("gone")); }
+    ~ScriptedPlayer() override { note(u"gone"_s); }
 
     bool pausesAtEnd = false;
     bool preventsDisplaySleep = false;
@@ -122,14 +124,13 @@ class ScriptedPlayer : public Player {
 
     [[nodiscard]] std::shared_ptr<PlayerItem> currentItem() const override { return item_; }
     void replaceCurrentItem(std::shared_ptr<PlayerItem> item) override {
-        if (item || item_)
-            note(item ? QStringLiteral("item ") + item->file().fileName() : QStringLiteral("empty"));
+        if (item || item_) note(item ? u"item "_s + item->file().fileName() : u"empty"_s);
         item_ = std::move(item);
         setPosition(0);
         if (item_) static_cast<ScriptedItem&>(*item_).load();
     }
     void play() override {
-        note(QStringLiteral("play"));
+        note(u"play"_s);
         if (isExternal_ && ignoredPlays_++ < stage_.ignoredPlays) return;
         become(isAttached_ && !isExternal_ ? TimeControlStatus::waiting : TimeControlStatus::playing);
         const auto after = stage_.takenAfter.constFind(number_.toInt());
@@ -137,7 +138,7 @@ class ScriptedPlayer : public Player {
         taking_ = stage_.clock.after(seconds(*after), [this] { setExternal(true); });
     }
     void pause() override {
-        if (status_ != TimeControlStatus::paused) note(QStringLiteral("pause"));
+        if (status_ != TimeControlStatus::paused) note(u"pause"_s);
         become(TimeControlStatus::paused);
     }
     [[nodiscard]] TimeControlStatus timeControlStatus() const override { return status_; }
@@ -147,11 +148,8 @@ class ScriptedPlayer : public Player {
         return position_ + std::chrono::duration<double>(stage_.clock.now() - positionAt_).count();
     }
     void seek(double target, Tolerance tolerance, Seeked seeked) override {
-        const bool isExact = tolerance.before == 0 && tolerance.after == 0;
-        const QString how = isExact                ? QStringLiteral(" exactly")
-                            : tolerance.after == 0 ? QStringLiteral(" or before")
-                                                   : QString();
-        note(QStringLiteral("seek ") + QString::number(target) + how);
+        note(u"seek "_s + QString::number(target) + (tolerance.before == 0 ? u" exactly"_s : u""_s) +
+             (tolerance.before > 0 && tolerance.after == 0 ? u" or before"_s : u""_s));
         if (seeked_)
             QMetaObject::invokeMethod(
                 this, [interrupted = seeked_] { interrupted(false); }, Qt::QueuedConnection);
@@ -172,7 +170,7 @@ class ScriptedPlayer : public Player {
     void setAllowsExternalPlayback(bool on) override { allowsExternalPlayback = on; }
     bool setOutputContext(OutputContext* context) override {
         isAttached_ = context != nullptr;
-        if (timesAttached++ > 0) note(QStringLiteral("attach"));
+        if (timesAttached++ > 0) note(u"attach"_s);
         return true;
     }
     void setPausesAtEnd(bool on) override { pausesAtEnd = on; }

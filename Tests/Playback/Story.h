@@ -14,6 +14,8 @@
 
 namespace velmora::test {
 
+using namespace Qt::StringLiterals;
+
 class ScriptedDesktop : public Desktop {
   public:
     QList<QUrl> revealed;
@@ -73,7 +75,7 @@ class ScriptedArtwork : public ArtworkMaker {
     [[nodiscard]] QImage poster(const QUrl& movie) const override { return posters.value(movie); }
     [[nodiscard]] Job capturePoster(const QUrl& movie, std::optional<double> time,
                                     std::function<void(bool)> finished) override {
-        const QString at = time ? QString::number(*time) : QStringLiteral("any");
+        const QString at = time ? QString::number(*time) : u"any"_s;
         posterJobs.append({movie.fileName() + u' ' + at, std::move(finished), {}});
         return posterJobs.last().start();
     }
@@ -90,7 +92,7 @@ class ScriptedArtwork : public ArtworkMaker {
 /// One window, its movie and its television, in virtual time.
 class Story {
   public:
-    Story() { movie = addFile(QStringLiteral("Film.mkv")); }
+    Story() { movie = addFile(u"Film.mkv"_s); }
 
     VirtualClock clock;
     MapPreferences preferences;
@@ -101,16 +103,15 @@ class Story {
     ScriptedPreparer preparer;
     ScriptedArtwork artwork;
     Stage stage{clock};
-    World world{
-        .clock = clock,
-        .preferences = preferences,
-        .earlierPreferences = &earlier,
-        .players = stage,
-        .power = power,
-        .desktop = desktop,
-        .preparer = preparer,
-        .artwork = artwork,
-        .preferredLanguages = [] { return QStringList{QStringLiteral("nld"), QStringLiteral("eng")}; }};
+    World world{.clock = clock,
+                .preferences = preferences,
+                .earlierPreferences = &earlier,
+                .players = stage,
+                .power = power,
+                .desktop = desktop,
+                .preparer = preparer,
+                .artwork = artwork,
+                .preferredLanguages = [] { return QStringList{u"nld"_s, u"eng"_s}; }};
     QTemporaryDir folder;
     QUrl movie;
     LoggedLines log;
@@ -125,8 +126,8 @@ class Story {
     }
     [[nodiscard]] QString key(const QString& prefix) const { return prefix + movie.toLocalFile(); }
     void savePosition(double position) {
-        preferences.set(key(QStringLiteral("position:")), position);
-        preferences.set(key(QStringLiteral("duration:")), 5400.0);
+        preferences.set(key(u"position:"_s), position);
+        preferences.set(key(u"duration:"_s), 5400.0);
     }
     void run(double time) { clock.advance(seconds(time)); }
 
@@ -139,9 +140,16 @@ class Story {
         stage.begin();
         finishPreparing();
     }
+    /// The movie on the television, where the journal begins anew.
+    void startOnTelevision() {
+        stage.takenAfter = {{2, 0.5}};
+        start(u"Den"_s);
+        while (session->handingOverTo()) run(0.5);
+        stage.begin();
+    }
     void finishPreparing() {
-        const QUrl file = QUrl::fromLocalFile(folder.filePath(QStringLiteral("Film (Velmora).mp4")));
-        preparer.jobs.last().finish(Preparer::Result{file, QStringLiteral("Repacked"), titles});
+        const QUrl file = QUrl::fromLocalFile(folder.filePath(u"Film (Velmora).mp4"_s));
+        preparer.jobs.last().finish(Preparer::Result{file, u"Repacked"_s, titles});
     }
     QStringList titles;
 };

@@ -10,6 +10,8 @@
 
 namespace velmora::test {
 
+using namespace Qt::StringLiterals;
+
 class MapPreferences : public Preferences {
   public:
     QMap<QString, QVariant> values;
@@ -28,10 +30,10 @@ class ScriptedContext : public OutputContext {
   public:
     std::optional<Device> device;
     std::optional<quint64> features = 7;
-    std::optional<QString> identifier = QStringLiteral("context 1");
+    std::optional<QString> identifier = u"context 1"_s;
     int timesSet = 0;
 
-    void choose(const QString& name) { device = Device{name, QStringLiteral("id of ") + name}; }
+    void choose(const QString& name) { device = Device{name, u"id of "_s + name}; }
 
     [[nodiscard]] std::optional<Device> outputDevice() const override { return device; }
     [[nodiscard]] std::optional<quint64> outputDeviceFeatures() const override { return features; }

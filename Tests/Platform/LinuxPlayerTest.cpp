@@ -84,7 +84,6 @@ class LinuxPlayerTest : public testing::Test {
     test::VirtualClock clock;
     std::vector<std::shared_ptr<test::ScriptedControl>> controls;
     std::function<void(test::ScriptedControl&)> direct;  // how the next television behaves
-    QStringList remembered;
     std::shared_ptr<int> light = std::make_shared<int>();
     RemotePlayback::World sender{
         .control = [this](const Receiver&) -> std::shared_ptr<VideoControl> {
@@ -112,7 +111,6 @@ class LinuxPlayerTest : public testing::Test {
     NetworkOutputContext context{
         clock,
         {.receivers = [] { return QList<Receiver>{receiver(u"Attic"_s), receiver(u"Den"_s)}; },
-         .remember = [this](const Receiver& one) { remembered.append(one.name); },
          .output = output}};
     std::shared_ptr<LinuxPlayer> player = makePlayer();
 };
@@ -160,13 +158,11 @@ TEST_F(LinuxPlayerTest, PlayMeansTheTelevisionOnceItReallyPlays) {
     EXPECT_FALSE(player->isExternalPlaybackActive());
     EXPECT_EQ(player->timeControlStatus(), Status::waiting);
     EXPECT_NEAR(position(), 42, 0.1);
-    EXPECT_EQ(remembered, QStringList());
     clock.advance(2s);
     EXPECT_TRUE(player->isExternalPlaybackActive());
     EXPECT_EQ(player->timeControlStatus(), Status::playing);
     EXPECT_NEAR(position(), 44, 0.3);
     EXPECT_EQ(tv().verbs, (QStringList{u"open"_s, u"play 42"_s, u"rate 1"_s}));
-    EXPECT_EQ(remembered, QStringList(u"Den"_s));
     EXPECT_TRUE(player->local().isPaused()) << "nothing sounds here";
 
     std::vector<double> told;
@@ -278,16 +274,25 @@ TEST_F(LinuxPlayerTest, TheNextPlayerGoesOnWithWhatTheOneBeforeBegan) {
     EXPECT_EQ(player->timeControlStatus(), Status::playing);
     ASSERT_EQ(controls.size(), 1U);
     EXPECT_EQ(tv().movies.size(), 1U);
-    // Without a successor it is not for ever.
     player->replaceCurrentItem(nullptr);
     clock.advance(1s);
     EXPECT_EQ(tv().verbs.last(), u"stop"_s);
-    load(*player);
-    clock.advance(2s);
-    player->replaceCurrentItem(nullptr);
-    clock.advance(6s);
-    EXPECT_EQ(controls.size(), 2U);
-    EXPECT_EQ(tv().verbs.last(), u"stop"_s);
+}
+
+TEST_F(LinuxPlayerTest, WhatNobodyTakesUpEnds) {
+    direct = [](test::ScriptedControl& television) { television.movesAfter = 30; };
+    chooseTelevision();
+    for (const bool isRouteTakenBack : {false, true}) {
+        load(*player);
+        player->play();
+        clock.advance(2s);
+        if (isRouteTakenBack) context.setOutputDevice(std::nullopt, 0);
+        player->replaceCurrentItem(nullptr);
+        clock.advance(1s);
+        EXPECT_EQ(tv().verbs.last() == u"stop"_s, isRouteTakenBack);
+        clock.advance(3s);
+        EXPECT_EQ(tv().verbs.last(), u"stop"_s);
+    }
 }
 
 TEST_F(LinuxPlayerTest, FailuresPauseAndClosingWaitsForTheTelevision) {

@@ -132,14 +132,18 @@ void LinuxPlayer::playLocally() {
 }
 
 void LinuxPlayer::takeReady() {
-    item_->takeLoaded(local_.duration(), local_.tracks());
-    tellTime();
     synchronizeSoon();
+    // Whoever hears of it may take another item.
+    const auto item = item_;
+    const QPointer<LinuxPlayer> alive(this);
+    item->takeLoaded(local_.duration(), local_.tracks());
+    if (alive) tellTime();
 }
 
 void LinuxPlayer::takeFailure(const QString& reason) {
     detach();
-    item_->takeFailure(reason);
+    const auto item = item_;
+    item->takeFailure(reason);
 }
 
 void LinuxPlayer::takeEnd() {

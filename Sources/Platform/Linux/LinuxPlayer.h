@@ -100,6 +100,7 @@ class LinuxPlayer : public Player {
     bool isAtEnd_ = false;
     std::optional<double> kept_;  ///< where the television was left, until somebody goes on from there
     bool isAttached_ = false;
+    QString attachedTo_;  ///< the television's identifier
     bool isExternal_ = false;
     bool remotePlays_ = false;       ///< what the television was last told, or did by itself
     bool awaitsRemoteRate_ = false;  ///< it has not followed yet

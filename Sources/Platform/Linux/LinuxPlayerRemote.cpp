@@ -17,6 +17,7 @@ std::optional<Receiver> LinuxPlayer::television() const {
 void LinuxPlayer::attach(const Receiver& receiver) {
     const double start = currentTime().value_or(0);
     isAttached_ = true;
+    attachedTo_ = receiver.identifier;
     wantsAttachment_ = false;
     remotePlays_ = true;
     // It may be playing, or paused, what another player began.
@@ -32,7 +33,10 @@ void LinuxPlayer::attach(const Receiver& receiver) {
 /// Ends what this player has on a television.
 void LinuxPlayer::detach() {
     if (!std::exchange(isAttached_, false)) return;
-    context_->output().release(this);
+    const auto chosen = television();
+    const bool isStillChosen = chosen && chosen->identifier == attachedTo_;
+    context_->output().release(
+        this, isStillChosen ? RemoteOutput::Release::forNow : RemoteOutput::Release::forGood);
 }
 
 void LinuxPlayer::steer() {
@@ -84,8 +88,7 @@ void LinuxPlayer::followRate(bool plays) {
 
 void LinuxPlayer::takeRemoteEnd(double position) {
     kept_ = position;
-    isAttached_ = false;
-    context_->output().release(this);
+    detach();
     isAtEnd_ = true;
     wantsToPlay_ = false;
     const QPointer<LinuxPlayer> alive(this);

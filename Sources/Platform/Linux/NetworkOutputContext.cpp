@@ -5,7 +5,6 @@
 namespace velmora {
 
 using namespace Qt::StringLiterals;
-using Phase = RemotePlayback::Phase;
 
 namespace {
 
@@ -22,9 +21,7 @@ bool isDevice(const Receiver& receiver, const OutputContext::Device& device) {
 }  // namespace
 
 NetworkOutputContext::NetworkOutputContext(Clock& clock, World world, QObject* parent)
-    : QObject(parent), world_(std::move(world)), contextID_(nextContextID()), output_(clock, world_.output) {
-    connect(&output_, &RemoteOutput::stateChanged, this, &NetworkOutputContext::takeState);
-}
+    : QObject(parent), world_(std::move(world)), contextID_(nextContextID()), output_(clock, world_.output) {}
 
 std::optional<OutputContext::Device> NetworkOutputContext::outputDevice() const {
     if (!chosen_) return std::nullopt;
@@ -51,7 +48,6 @@ void NetworkOutputContext::setOutputDevice(const std::optional<Device>& device, 
 }
 
 void NetworkOutputContext::choose(const Receiver& receiver) {
-    isRemembered_ = isRemembered_ && chosen_ && chosen_->identifier == receiver.identifier;
     chosen_ = receiver;
     // Sound comes with the picture, and there is no mirroring of the screen.
     features_ = receiver.takesVideo() ? quint64{Feature::video} : 0;
@@ -59,12 +55,6 @@ void NetworkOutputContext::choose(const Receiver& receiver) {
 
 std::optional<Receiver> NetworkOutputContext::television() const {
     return chosen_ && (features_ & Feature::video) != 0 ? chosen_ : std::nullopt;
-}
-
-void NetworkOutputContext::takeState() {
-    if (!chosen_ || isRemembered_ || output_.state().phase != Phase::playing) return;
-    isRemembered_ = true;
-    world_.remember(*chosen_);
 }
 
 }  // namespace velmora

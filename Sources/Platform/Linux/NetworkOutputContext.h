@@ -21,8 +21,6 @@ class NetworkOutputContext : public QObject, public OutputContext {
     struct World {
         /// Those that can be chosen: on the network now, then those that were used before.
         std::function<QList<Receiver>()> receivers;
-        /// A movie of ours is really seen there.
-        std::function<void(const Receiver& receiver)> remember;
         RemoteOutput::World output;
     };
 
@@ -43,13 +41,10 @@ class NetworkOutputContext : public QObject, public OutputContext {
     [[nodiscard]] RemoteOutput& output() { return output_; }
 
   private:
-    void takeState();
-
     World world_;
     QString contextID_;
     std::optional<Receiver> chosen_;
     quint64 features_ = 0;
-    bool isRemembered_ = false;
     RemoteOutput output_;
 };
 

@@ -17,7 +17,7 @@ using State = RemotePlayback::State;
 namespace {
 
 // Between one attempt to hand a movie over and the next lie two seconds.
-constexpr Clock::Duration lingerTime = 5s;
+constexpr Clock::Duration lingerTime = 3s;
 
 // Past what RemotePlayback itself allows a television for its answer.
 constexpr Clock::Duration stopPatience = 8s;
@@ -95,11 +95,11 @@ void RemoteOutput::fail(const QString& reason) {
     tellLater();
 }
 
-void RemoteOutput::release(const QObject* user) {
+void RemoteOutput::release(const QObject* user, Release release) {
     if (user_ != user) return;
     user_ = nullptr;
     const Phase phase = state().phase;
-    if (isShown(phase)) return leave();
+    if (isShown(phase) || release == Release::forGood) return leave();
     if (!state().isOver()) lingering_ = clock_.after(lingerTime, [this] { leave(); });
 }
 

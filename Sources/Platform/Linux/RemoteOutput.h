@@ -17,7 +17,7 @@ namespace velmora {
 ///
 /// Players come and go while a television is being reached: the next one that wants the same movie there goes
 /// on with what the one before began, so that a television which is slow to wake, or shows a PIN, is not
-/// started over. Without a successor, what was begun ends after a short while.
+/// started over.
 class RemoteOutput : public QObject {
     Q_OBJECT
 
@@ -35,8 +35,12 @@ class RemoteOutput : public QObject {
     /// Plays the item there from its start position, or goes on with what was begun or lost there. The one
     /// who asks is the user from now on; the user before is not told.
     void attach(const QObject* user, const Receiver& receiver, const RemotePlayback::Item& item);
+    enum class Release {
+        forNow,   ///< the next player may want it: what has not begun to play yet goes on for some seconds
+        forGood,  ///< the window's output goes elsewhere
+    };
     /// The user has no more use for it: what plays is stopped.
-    void release(const QObject* user);
+    void release(const QObject* user, Release release);
     [[nodiscard]] bool isUsedBy(const QObject* user) const { return user_ == user; }
 
     void pause();

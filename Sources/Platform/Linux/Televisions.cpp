@@ -1,0 +1,51 @@
+#include "Platform/Linux/Televisions.h"
+
+#include "Sender/Discovery/Discovery.h"
+#include "Sender/Discovery/KnownReceivers.h"
+
+#include <algorithm>
+
+namespace velmora {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+// As long as a look-up of a name, or the answer of a receiver that wakes behind a proxy, may take.
+constexpr Clock::Duration lookupPatience = 8s;
+
+}  // namespace
+
+Televisions::Televisions(Clock& clock, Discovery& discovery, const ReceiverMemory& memory)
+    : clock_(clock), discovery_(discovery), memory_(memory) {}
+
+QList<Receiver> Televisions::receivers() const {
+    QList<Receiver> all = discovery_.receivers();
+    const QList<Receiver> used = memory_.known ? memory_.known->receivers() : QList<Receiver>();
+    for (const Receiver& receiver : used) {
+        const bool isSeen = std::ranges::count(all, receiver.identifier, &Receiver::identifier) > 0;
+        if (!isSeen) all.append(receiver);
+    }
+    return all;
+}
+
+std::unique_ptr<NetworkOutputContext> Televisions::makeContext() {
+    const NetworkOutputContext::World world{
+        .receivers = [this] { return receivers(); },
+        .output = {
+            .resolve =
+                [this](const Receiver& receiver) { return discovery_.resolve(receiver, lookupPatience); },
+            .makePlayback = [this] { return makePlayback(); }}};
+    return std::make_unique<NetworkOutputContext>(clock_, world);
+}
+
+RemoteOutput::Made Televisions::makePlayback() {
+    if (!server_) {
+        auto started = MediaServer::start();
+        if (!started) return std::unexpected(started.error());
+        server_ = *std::move(started);
+    }
+    return std::make_unique<RemotePlayback>(clock_, *server_, memory_);
+}
+
+}  // namespace velmora

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Platform/Linux/NetworkOutputContext.h"
+#include "Sender/CredentialStore.h"
+#include "Sender/MediaServer.h"
+#include "System/Clock.h"
+
+#include <QList>
+
+#include <memory>
+
+namespace velmora {
+
+class Discovery;
+
+/// What all windows of a process share of the network: who is there, what is kept about them, and the server
+/// that movies are fetched from, which starts with the first movie that needs it. Main thread only; outlives
+/// its contexts.
+class Televisions {
+  public:
+    /// All of these must outlive it. `memory` knows receivers.
+    Televisions(Clock& clock, Discovery& discovery, const ReceiverMemory& memory);
+
+    [[nodiscard]] std::unique_ptr<NetworkOutputContext> makeContext();
+
+    /// Those on the network, by name, then those that were used before and do not show, the latest first.
+    [[nodiscard]] QList<Receiver> receivers() const;
+
+  private:
+    [[nodiscard]] RemoteOutput::Made makePlayback();
+
+    Clock& clock_;
+    Discovery& discovery_;
+    ReceiverMemory memory_;
+    std::unique_ptr<MediaServer> server_;
+};
+
+}  // namespace velmora

@@ -27,10 +27,12 @@ constexpr Clock::Duration longestFlicker = 1s;
 // Only a fall back is put right: whoever is beyond the target has moved there.
 QCoro::Task<> Session::verifyResume(double target) {
     const Ticket ticket(this);
+    const int seek = seekGeneration_;
     for (const Clock::Duration delay : resumeChecks) {
         const Completion<bool> pause = waits_.sleep(delay);
         co_await pause;
-        if (!ticket.isForThisPlayer()) co_return;
+        // Whoever has sought meanwhile wants to be there.
+        if (!ticket.isForThisPlayer() || seekGeneration_ != seek) co_return;
         const std::optional<double> time = player_->currentTime();
         if (!time || target - *time <= tolerableDrift) continue;
         logger().notice(u"resume drifted: at %1s, wanted %2s; seeking back"_s.arg(

@@ -96,6 +96,12 @@ TEST(Handover, looksForTheStartAndCorrectsAFallBack) {
         story.run(20);
         EXPECT_EQ(story.stage.journal().filter(u"seek"_s), expected.corrected) << expected.jumpsTo;
     }
+    Story story;
+    story.savePosition(1200);
+    story.startOnTelevision();
+    story.session->startOver();
+    story.run(20);
+    EXPECT_EQ(story.stage.journal().filter(u"seek"_s), QStringList{u"0 2 seek 0 or before"_s});
 }
 
 TEST(Handover, returnsToThisComputerPausedWhereTheTelevisionWas) {

@@ -7,7 +7,7 @@
 
 namespace velmora {
 
-/// The control that hands a movie over in this way. Null where there is none.
+/// The control that hands a movie over in this way.
 [[nodiscard]] std::shared_ptr<VideoControl> makeControl(Clock& clock, const Approach& approach,
                                                         std::shared_ptr<Access> access);
 

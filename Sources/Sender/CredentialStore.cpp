@@ -34,7 +34,8 @@ std::unique_ptr<SecretVault> desktopKeyring() {
 struct CredentialStore::Places : std::enable_shared_from_this<Places> {
     std::unique_ptr<SecretVault> keyring;
     std::unique_ptr<SecretVault> file;
-    QHash<QString, Credentials> current;  // as read or written last
+    QHash<QString, Credentials> current;     // as read or written last
+    QHash<QString, Clock::Timer> deadlines;  // of readings
 
     void read(const QString& identifier, const std::function<void(const Credentials&)>& done);
     void write(const QString& identifier, const QByteArray& secret);
@@ -65,14 +66,15 @@ Completion<Credentials> CredentialStore::load(const QString& identifier) {
         if (places && !places->current.contains(identifier)) places->current.insert(identifier, credentials);
         loaded.complete(places ? places->current.value(identifier) : credentials);
     };
-    const auto deadline = std::make_shared<Clock::Timer>();
-    *deadline = clock_.after(keyringPatience, [identifier, take, weak = std::weak_ptr(places_)] {
-        if (const auto places = weak.lock()) places->readFile(identifier, take);
-    });
-    places_->read(identifier, [take, deadline](const Credentials& credentials) {
-        deadline->cancel();
-        take(credentials);
-    });
+    places_->deadlines[identifier] =
+        clock_.after(keyringPatience, [identifier, take, weak = std::weak_ptr(places_)] {
+            if (const auto places = weak.lock()) places->readFile(identifier, take);
+        });
+    places_->read(identifier,
+                  [take, identifier, weak = std::weak_ptr(places_)](const Credentials& credentials) {
+                      if (const auto places = weak.lock()) places->deadlines.remove(identifier);
+                      take(credentials);
+                  });
     return loaded;
 }
 

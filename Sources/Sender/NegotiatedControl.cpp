@@ -110,7 +110,11 @@ QCoro::Task<VideoControl::Outcome> NegotiatedControl::reach() {
         const auto approach = course.needsPin ? std::nullopt : provable(course);
         const Approach next = approach.value_or(course.approaches.first());
         logger().notice(u"television: trying way %1/%2"_s.arg(int(next.flavour)).arg(int(next.handover)));
-        const Outcome outcome = approach ? co_await attempt(next) : co_await pair(next);
+        Outcome outcome;
+        if (approach)
+            outcome = co_await attempt(next);
+        else
+            outcome = co_await pair(next);
         if (closed_) co_return std::unexpected(ConnectionError());
         if (outcome && approach) co_return outcome;
         if (outcome) continue;
@@ -140,8 +144,6 @@ QCoro::Task<VideoControl::Outcome> NegotiatedControl::attempt(Approach approach)
     const auto self = shared_from_this();
     access_ = Access::make(clock_, receiver_, approach.flavour, credentials_);
     const auto control = factory_(approach, access_);
-    constexpr int unknownVerb = 501;
-    if (!control) co_return std::unexpected(ConnectionError{.kind = Kind::status, .status = unknownVerb});
     control_ = control;
     approach_ = approach;
     control->onEvent([weak = weak_from_this()](const PlaybackEvent& event) {
@@ -163,6 +165,7 @@ bool NegotiatedControl::note(const Approach& approach, const ConnectionError& er
     logger().notice(u"television: refused, kind %1, status %2 %3"_s.arg(int(error.kind))
                         .arg(error.status)
                         .arg(error.detail));
+    if (!error.step && isEncrypted(approach.flavour)) return false;
     const Step step = error.step.value_or(usualStep);
     if (error.kind == Kind::timeout && step == Step::handover)
         answers_.note(approach, step, Answers::timedOut);

@@ -18,7 +18,7 @@ namespace velmora {
 /// it turns out never to have asked for the movie, `tryAnotherWay` may find one.
 class NegotiatedControl : public VideoControl, public std::enable_shared_from_this<NegotiatedControl> {
   public:
-    /// Null where there is no control for the approach.
+    /// An encrypted control's errors tell their step; without one the receiver may have taken the movie.
     using Factory = std::function<std::shared_ptr<VideoControl>(const Approach&, std::shared_ptr<Access>)>;
 
     [[nodiscard]] static std::shared_ptr<NegotiatedControl> make(Clock& clock, const Receiver& receiver,

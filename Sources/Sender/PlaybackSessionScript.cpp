@@ -30,7 +30,8 @@ QString newIdentifier() {
 QCoro::Task<> PlaybackSession::run(std::shared_ptr<PlaybackSession> previous) {
     const auto self = shared_from_this();
     const bool isReached = co_await reach(std::move(previous));
-    const bool hasBegun = isReached && co_await begin();
+    bool hasBegun = false;
+    if (isReached) hasBegun = co_await begin();
     if (hasBegun) co_await watchUntilOver();
     co_await leave();
     if (!isOver_) finish(Phase::stopped);

@@ -89,8 +89,8 @@ class NegotiatedControlTest : public testing::Test {
 };
 
 TEST_F(NegotiatedControlTest, TriesWhatTheAnswersLeaveToTry) {
-    const Outcome ignored = std::unexpected(ConnectionError{.kind = Kind::timeout});
-    const Outcome closed = std::unexpected(ConnectionError{.kind = Kind::closed});
+    const Outcome ignored = std::unexpected(ConnectionError{.kind = Kind::timeout, .step = Step::handover});
+    const Outcome closed = std::unexpected(ConnectionError{.kind = Kind::closed, .step = Step::session});
     const Outcome unreachable = std::unexpected(ConnectionError{.kind = Kind::unreachable});
     struct Answer {
         Approach approach;
@@ -122,7 +122,7 @@ TEST_F(NegotiatedControlTest, TriesWhatTheAnswersLeaveToTry) {
          nullptr},
         {"new generation",
          sealedTv,
-         {{{transient, Handover::play}, "play", refusal(501)}},
+         {{{transient, Handover::play}, "play", refusal(501, Step::handover)}},
          {{transient, Handover::play}, {transient, playQueue}},
          nullptr},
         {"old generation that hangs up",
@@ -135,6 +135,11 @@ TEST_F(NegotiatedControlTest, TriesWhatTheAnswersLeaveToTry) {
          {{{transient, Handover::play}, "play", ignored}},
          {{transient, Handover::play}},
          "stopped answering"},
+        {"nobody knows how far it came",
+         sealedTv,
+         {{{transient, Handover::play}, "play", refusal(501)}},
+         {{transient, Handover::play}},
+         "(501)"},
         {"busy for longer",
          plainTv,
          {{{plain, Handover::play}, "play", refusal(453)}},
@@ -191,7 +196,7 @@ TEST_F(NegotiatedControlTest, NeverOffersTwiceWhatWasTaken) {
         script = {};
         ASSERT_TRUE(openAndPlay());
         if (isFetched) control->noteFetched();
-        script = [](const Approach&, const QString&) { return refusal(500); };
+        script = [](const Approach&, const QString&) { return refusal(500, Step::handover); };
         EXPECT_FALSE(play());
         EXPECT_EQ(tried.size(), 1U);
     }

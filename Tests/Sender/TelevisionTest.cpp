@@ -1,19 +1,8 @@
 // The sender against a television that is strict, and against ones that misbehave: everything in between is
 // real, sockets and media server included. Time runs faster than it does for a viewer.
-#include "Sender/MediaServer.h"
-#include "Sender/RemotePlayback.h"
-#include "Support/VirtualClock.h"
-#include "Television/Television.h"
-
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTimer>
-#include <QtEndian>
+#include "Sender/Window.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 
@@ -23,80 +12,34 @@ namespace {
 using namespace Qt::StringLiterals;
 using test::Misbehaviour;
 using test::Misbehaviours;
+using test::movieSeconds;
 using test::SimulatedPlayer;
 using test::Television;
+using test::waitFor;
+using test::Window;
+using test::WindowTest;
 using Phase = RemotePlayback::Phase;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr double movieSeconds = 90;
-
-bool waitFor(const auto& condition, int realSeconds = 20) {
-    const QDeadlineTimer deadline(realSeconds * 1000);
-    QTimer tick;  // so that waiting for events ends, where there are none
-    tick.start(10);
-    while (!condition() && !deadline.hasExpired())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return condition();
-}
-
-QByteArray box(const char* type, const QByteArray& payload) {
-    QByteArray size(4, '\0');
-    qToBigEndian(quint32(payload.size() + 8), size.data());
-    return size + type + payload;
-}
-
-/// The frame of a movie: what a television needs to know how long it is.
-QByteArray movie(bool indexFirst) {
-    QByteArray header(100, '\0');
-    qToBigEndian(quint32(1000), header.data() + 12);
-    qToBigEndian(quint32(movieSeconds * 1000), header.data() + 16);
-    const QByteArray index = box("moov", box("mvhd", header) + box("udta", QByteArray(3000, 'u')));
-    const QByteArray media = box("mdat", QByteArray(9'000'000, 'm'));
-    return box("ftyp", "isom") + (indexFirst ? index + media : media + index);
-}
-
 /// One window and its television.
-class Pair {
+class Pair : public Window {
   public:
     Pair(Clock& clock, MediaServer& server, const Misbehaviours& misbehaviours = {})
-        : television(clock, {.misbehaviours = misbehaviours}), playback(clock, server) {
+        : Window(clock, server), television(clock, {.misbehaviours = misbehaviours}) {
         EXPECT_TRUE(television.listen());
-        QObject::connect(&playback, &RemotePlayback::stateChanged, [this] {
-            const Phase phase = playback.state().phase;
-            if (phases.empty() || phases.back() != phase) phases.push_back(phase);
-        });
     }
-    /// The last that was announced.
-    [[nodiscard]] Phase phase() const { return phases.empty() ? Phase::idle : phases.back(); }
+    ~Pair() { playback.disconnect(); }
     [[nodiscard]] double shown() { return television.player().position(); }
 
     Television television;
-    RemotePlayback playback;
-    std::vector<Phase> phases;
 };
 
-class TelevisionTest : public testing::Test {
+class TelevisionTest : public WindowTest {
   protected:
-    TelevisionTest() {
-        write(u"movie.mp4"_s, movie(true));
-        write(u"late.mp4"_s, movie(false));
-        write(u"garbage.mp4"_s, QByteArray(50'000, 'x'));
-    }
-    void write(const QString& name, const QByteArray& bytes) const {
-        QFile file(folder_.filePath(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-    }
     void play(Pair& pair, double start = 0, const QString& name = u"movie.mp4"_s) const {
-        pair.playback.play(
-            pair.television.receiver(),
-            {.file = folder_.filePath(name), .duration = movieSeconds, .startPosition = start});
+        pair.playback.play(pair.television.receiver(), item(start, name));
     }
-
-    QTemporaryDir folder_;
-    test::FastClock clock_{10};
-    std::unique_ptr<MediaServer> server_ = std::move(MediaServer::start().value());
 };
 
 TEST_F(TelevisionTest, PlaysPausesSeeksAndEnds) {

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "Sender/CredentialStore.h"
+#include "Sender/MediaServer.h"
+#include "Sender/RemotePlayback.h"
+#include "Support/VirtualClock.h"
+#include "Television/Television.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+namespace velmora::test {
+
+constexpr double movieSeconds = 90;
+
+inline bool waitFor(const auto& condition, int realSeconds = 20) {
+    const QDeadlineTimer deadline(realSeconds * 1000);
+    QTimer tick;  // so that waiting for events ends, where there are none
+    tick.start(10);
+    while (!condition() && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return condition();
+}
+
+inline QByteArray box(const char* type, const QByteArray& payload) {
+    QByteArray size(4, '\0');
+    qToBigEndian(quint32(payload.size() + 8), size.data());
+    return size + type + payload;
+}
+
+/// The frame of a movie: what a television needs to know how long it is.
+inline QByteArray movie(bool indexFirst) {
+    QByteArray header(100, '\0');
+    qToBigEndian(quint32(1000), header.data() + 12);
+    qToBigEndian(quint32(movieSeconds * 1000), header.data() + 16);
+    const QByteArray index = box("moov", box("mvhd", header) + box("udta", QByteArray(3000, 'u')));
+    const QByteArray media = box("mdat", QByteArray(9'000'000, 'm'));
+    return box("ftyp", "isom") + (indexFirst ? index + media : media + index);
+}
+
+/// One window on a television.
+class Window {
+  public:
+    using Phase = RemotePlayback::Phase;
+
+    Window(Clock& clock, MediaServer& server, const ReceiverMemory& memory = {})
+        : playback(clock, server, memory) {
+        QObject::connect(&playback, &RemotePlayback::stateChanged, [this] {
+            const Phase now = playback.state().phase;
+            if (phases.empty() || phases.back() != now) phases.push_back(now);
+        });
+    }
+    /// The last that was announced.
+    [[nodiscard]] Phase phase() const { return phases.empty() ? Phase::idle : phases.back(); }
+    [[nodiscard]] bool reaches(Phase wanted) {
+        return waitFor([&] { return phase() == wanted; });
+    }
+
+    RemotePlayback playback;
+    std::vector<Phase> phases;
+};
+
+/// Time that runs faster than it does for a viewer, and movies to play in it.
+class WindowTest : public testing::Test {
+  protected:
+    WindowTest() {
+        write(QStringLiteral("movie.mp4"), movie(true));
+        write(QStringLiteral("late.mp4"), movie(false));
+        write(QStringLiteral("garbage.mp4"), QByteArray(50'000, 'x'));
+    }
+    void write(const QString& name, const QByteArray& bytes) const {
+        QFile file(folder_.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+    [[nodiscard]] RemotePlayback::Item item(double start = 0,
+                                            const QString& name = QStringLiteral("movie.mp4")) const {
+        return {.file = folder_.filePath(name), .duration = movieSeconds, .startPosition = start};
+    }
+
+    QTemporaryDir folder_;
+    FastClock clock_{10};
+    std::unique_ptr<MediaServer> server_ = std::move(MediaServer::start().value());
+};
+
+}  // namespace velmora::test

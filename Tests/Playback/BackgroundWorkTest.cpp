@@ -1,4 +1,4 @@
-#include "Playback/BackgroundWork.h"
+#include "Playback/BackgroundServices.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -45,6 +45,32 @@ TEST(BackgroundWork, tellsWhatIsStillWantedOneAfterAnotherByKey) {
     const Job endless = work.start(u"other"_s, [](const std::stop_token& stop, const BackgroundWork::Post&) {
         while (!stop.stop_requested()) std::this_thread::yield();
     });
+}
+
+TEST(BackgroundWork, bringsWhatPreparerAndArtworkSayToTheMainThread) {
+    BackgroundWork work;
+    BackgroundPreparer preparer(work);
+    BackgroundArtwork artwork(work);
+    QEventLoop loop;
+    QStringList heard;
+    const auto hear = [&](const QString& what) {
+        heard.append(what);
+        if (heard.size() == 3) loop.quit();
+    };
+    const QUrl missing = QUrl::fromLocalFile(u"/nowhere/Film.mkv"_s);
+    const Job jobs[] = {
+        preparer.prepare(
+            missing, false, [](const Preparer::Update&) {},
+            [&](const MoviePreparer::Outcome& outcome) { hear(outcome ? u"prepared"_s : u"no movie"_s); }),
+        artwork.capturePoster(missing, {},
+                              [&](bool isCaptured) { hear(isCaptured ? u"!"_s : u"no poster"_s); }),
+        artwork.makeThumbnails(missing, [&](const auto& strip) { hear(strip ? u"!"_s : u"no strip"_s); }),
+    };
+    QTimer::singleShot(std::chrono::seconds(20), &loop, &QEventLoop::quit);
+    loop.exec();
+    heard.sort();
+    EXPECT_EQ(heard, (QStringList{u"no movie"_s, u"no poster"_s, u"no strip"_s}));
+    EXPECT_TRUE(artwork.poster(missing).isNull() && !artwork.storedThumbnails(missing));
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include "Platform/Linux/LinuxPlayer.h"
 #include "Platform/Linux/LoginManager.h"
 #include "Platform/Linux/SettingsFile.h"
-#include "Platform/Linux/Televisions.h"
+#include "Platform/Linux/TelevisionNetwork.h"
 #include "Platform/WaitFor.h"
 #include "Playback/BackgroundServices.h"
 #include "Playback/Session.h"
@@ -43,7 +43,7 @@ class WindowStory : public testing::Test {
     test::FastClock clock{5};
     test::Television television{clock, {}};
     Discovery discovery{clock};
-    Televisions televisions{clock, discovery, {}};
+    TelevisionNetwork televisions{clock, discovery, {}};
     std::unique_ptr<NetworkOutputContext> context = televisions.makeContext();
     SettingsFile settings{u"window-story"_s};
     LinuxPlayerFactory players{clock, {.local = {.isMute = true, .hardwareDecoding = u"no"_s}}};

@@ -16,10 +16,10 @@ class Discovery;
 /// What all windows of a process share of the network: who is there, what is kept about them, and the server
 /// that movies are fetched from, which starts with the first movie that needs it. Main thread only; outlives
 /// its contexts.
-class Televisions {
+class TelevisionNetwork {
   public:
     /// All of these must outlive it. `memory` knows receivers.
-    Televisions(Clock& clock, Discovery& discovery, const ReceiverMemory& memory);
+    TelevisionNetwork(Clock& clock, Discovery& discovery, const ReceiverMemory& memory);
 
     [[nodiscard]] std::unique_ptr<NetworkOutputContext> makeContext();
 

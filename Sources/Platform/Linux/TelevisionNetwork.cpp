@@ -1,4 +1,4 @@
-#include "Platform/Linux/Televisions.h"
+#include "Platform/Linux/TelevisionNetwork.h"
 
 #include "Sender/Discovery/Discovery.h"
 #include "Sender/Discovery/KnownReceivers.h"
@@ -16,10 +16,10 @@ constexpr Clock::Duration lookupPatience = 8s;
 
 }  // namespace
 
-Televisions::Televisions(Clock& clock, Discovery& discovery, const ReceiverMemory& memory)
+TelevisionNetwork::TelevisionNetwork(Clock& clock, Discovery& discovery, const ReceiverMemory& memory)
     : clock_(clock), discovery_(discovery), memory_(memory) {}
 
-QList<Receiver> Televisions::receivers() const {
+QList<Receiver> TelevisionNetwork::receivers() const {
     QList<Receiver> all = discovery_.receivers();
     const QList<Receiver> used = memory_.known ? memory_.known->receivers() : QList<Receiver>();
     for (const Receiver& receiver : used) {
@@ -29,7 +29,7 @@ QList<Receiver> Televisions::receivers() const {
     return all;
 }
 
-std::unique_ptr<NetworkOutputContext> Televisions::makeContext() {
+std::unique_ptr<NetworkOutputContext> TelevisionNetwork::makeContext() {
     const NetworkOutputContext::World world{
         .receivers = [this] { return receivers(); },
         .output = {
@@ -39,7 +39,7 @@ std::unique_ptr<NetworkOutputContext> Televisions::makeContext() {
     return std::make_unique<NetworkOutputContext>(clock_, world);
 }
 
-RemoteOutput::Made Televisions::makePlayback() {
+RemoteOutput::Made TelevisionNetwork::makePlayback() {
     if (!server_) {
         auto started = MediaServer::start();
         if (!started) return std::unexpected(started.error());

@@ -6,6 +6,8 @@
 
 #include <QTime>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace velmora::test {
@@ -13,6 +15,8 @@ namespace velmora::test {
 namespace {
 
 using State = SimulatedPlayer::State;
+
+constexpr Clock::Duration timeToLeave = std::chrono::seconds(2);
 
 QString clockFace(double seconds) {
     return QTime(0, 0).addMSecs(int(seconds * 1000)).toString(u"h:mm:ss"_s);
@@ -55,7 +59,8 @@ Television::Television(Clock& clock, const Options& options, QObject* parent)
 
 Television::~Television() {
     player_.disconnect(this);
-    qDeleteAll(std::exchange(guests_, {}));
+    guests_.clear();
+    qDeleteAll(findChildren<Guest*>());  // those that have left too: they use what is about to go
 }
 
 std::expected<void, QString> Television::listen() {
@@ -98,7 +103,15 @@ void Television::accept() {
 void Television::left(Guest* guest) {
     if (!guests_.removeOne(guest)) return;
     guest->deleteLater();
+    if (guest->session() && guest->session()->isForRemote())
+        checking_ = clock_.after(timeToLeave, [this] { checkOrder(); });
     verbs_.leave(&guest->connection());
+}
+
+/// After the session for remote control has gone: the movie's goes first.
+void Television::checkOrder() {
+    const auto isMovies = [](const Guest* guest) { return guest->session() && guest->session()->hasMovie(); };
+    if (std::ranges::any_of(guests_, isMovies)) complain(u"the remote control left before the movie"_s);
 }
 
 void Television::misbehaveAfterPlay() {

@@ -59,6 +59,7 @@ class Television : public QObject {
   private:
     void accept();
     void left(Guest* guest);
+    void checkOrder();
     void misbehaveAfterPlay();
     void tell(SimulatedPlayer::State state, const QString& reason);
     void sendEvent(const QString& state, const QString& reason);
@@ -78,6 +79,7 @@ class Television : public QObject {
     QList<QByteArray> requests_;
     Clock::Timer dropping_;
     Clock::Timer falling_;
+    Clock::Timer checking_;
 };
 
 }  // namespace velmora::test

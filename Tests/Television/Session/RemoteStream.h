@@ -23,6 +23,8 @@ class RemoteStream : public QObject {
 
     [[nodiscard]] quint16 port() const { return server_.serverPort(); }
     void close();
+    /// Nothing is sent any more.
+    void fallSilent() { silent_ = true; }
 
   Q_SIGNALS:
     void ended();
@@ -57,6 +59,7 @@ class RemoteStream : public QObject {
     QByteArray bytes_;
     bool introduced_ = false;
     bool connected_ = false;
+    bool silent_ = false;
     quint64 sequence_;
     QMap<quint64, Clock::Timer> waiting_;
     Clock::Timer dialling_;

@@ -17,7 +17,7 @@ using Timing = SessionSetup::Timing;
 
 constexpr Clock::Duration timingDeadline = 30s;
 constexpr Clock::Duration feedbackDeadline = 10s;  // it comes every two seconds
-constexpr Clock::Duration remoteFeedbackDeadline = 5s;
+constexpr Clock::Duration remoteFeedbackDeadline = 8s;
 constexpr Clock::Duration lifeWithoutClock = 25s;
 constexpr int streamType = 130;
 
@@ -57,6 +57,7 @@ void SessionVerbs::answer(const Request& request, const Reply& reply) {
 
 void SessionVerbs::fallSilent() {
     if (events_) events_->fallSilent();
+    if (remote_) remote_->fallSilent();
 }
 
 void SessionVerbs::info(const Request& /*request*/, const Reply& reply) {
@@ -182,6 +183,7 @@ void SessionVerbs::feedback(const Request& /*request*/, const Reply& reply) {
 }
 
 void SessionVerbs::expectFeedback() {
+    if (over_) return;
     expecting_ = context_.clock.after(remote_ ? remoteFeedbackDeadline : feedbackDeadline, [this] {
         context_.complain(u"no /feedback for too long"_s);
         end();
@@ -232,6 +234,7 @@ void SessionVerbs::playOldWay(const Request& request, const Reply& reply) {
 
 /// Orderly, and of all of it: a session is over with its events.
 void SessionVerbs::end() {
+    over_ = true;
     for (Clock::Timer* timer : {&holding_, &expecting_, &dying_}) timer->cancel();
     if (remote_) remote_->close();
     if (events_) events_->close();

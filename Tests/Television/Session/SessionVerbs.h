@@ -27,6 +27,7 @@ class SessionVerbs : public QObject {
     void fallSilent();
 
     [[nodiscard]] bool isOpen() { return events_ && events_->isConnected(); }
+    [[nodiscard]] bool hasMovie() const { return queue_ && queue_->isStarted(); }
     [[nodiscard]] bool isForRemote() const { return setup_.remoteOnly; }
     [[nodiscard]] int unansweredEvents() const { return events_ ? events_->unanswered() : 0; }
 
@@ -70,6 +71,7 @@ class SessionVerbs : public QObject {
     std::unique_ptr<QueueVerbs> queue_;
     std::unique_ptr<RemoteStream> remote_;
     bool recording_ = false;
+    bool over_ = false;
     bool counted_ = false;  // among the remotes
     Clock::Timer holding_;  // the answer to SETUP
     Clock::Timer expecting_;

@@ -2,6 +2,7 @@
 
 #include <QPointer>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -51,8 +52,17 @@ void Connection::authorise(Request& request) {
     request.headers.set("Authorization", authorisation_->authorization(request.method, request.target));
 }
 
+// A request that is sent again, or by somebody else than the one before, must not repeat its number.
+void Connection::number(Request& request) {
+    constexpr const char* header = "CSeq";
+    if (!request.headers.contains(header)) return;
+    sequence_ = std::max(sequence_ + 1, request.headers.value(header).toInt());
+    request.headers.set(header, QByteArray::number(sequence_));
+}
+
 QCoro::Task<Connection::Answer> Connection::exchange(Request request, Clock::Duration deadline) {
     const auto exchange = std::make_shared<Exchange>();
+    number(request);
     exchange->request = request.encoded();
     if (isOpen()) {
         exchange->deadline = clock_.after(deadline, [answer = exchange->answer] {
@@ -72,7 +82,14 @@ void Connection::sendLast(const Request& request) {
     if (!isOpen()) return;
     Request authorised = request;
     authorise(authorised);
+    number(authorised);
     channel_->write(authorised.encoded());
+}
+
+void Connection::giveUp() {
+    if (inFlight_) inFlight_->answer.complete(std::unexpected(ConnectionError{}));
+    for (const auto& exchange : std::exchange(waiting_, {}))
+        exchange->answer.complete(std::unexpected(ConnectionError{}));
 }
 
 QHostAddress Connection::localAddress() const {

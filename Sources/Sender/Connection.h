@@ -44,7 +44,12 @@ class Connection : public QObject {
     /// later ones show the password unasked. A second 401 is the answer. Empty: none.
     void setPassword(const QString& password) { password_ = password; }
 
+    /// Everyone who waits gets `closed`; the connection stays as it is. What is sent from now on goes behind
+    /// the request that is not answered yet.
+    void giveUp();
+
     [[nodiscard]] bool isOpen() const { return channel_ && channel_->isOpen(); }
+    [[nodiscard]] bool isIdle() const { return !inFlight_; }  ///< nothing is unanswered
     [[nodiscard]] QHostAddress localAddress() const;
     [[nodiscard]] QHostAddress peerAddress() const;
 
@@ -69,6 +74,7 @@ class Connection : public QObject {
     [[nodiscard]] QCoro::Task<Answer> exchange(Request request, Clock::Duration deadline);
     [[nodiscard]] bool takeChallenge(const Answer& answer);
     void authorise(Request& request);
+    void number(Request& request);
     void sendNext();
     void receive(const QByteArray& bytes);
     void end(const ConnectionError& error);
@@ -79,6 +85,7 @@ class Connection : public QObject {
     MessageReader<Response> reader_;
     std::shared_ptr<Exchange> inFlight_;
     std::deque<std::shared_ptr<Exchange>> waiting_;
+    int sequence_ = 0;  // the last CSeq
     QString password_;
     std::optional<DigestAnswer> authorisation_;  // to the connection's last challenge
 };

@@ -88,7 +88,9 @@ QCoro::Task<VideoControl::Outcome> NegotiatedControl::open() {
     if (memory_.known) worked_ = memory_.known->capability(receiver_.identifier);
     if (memory_.credentials) {
         const Completion<Credentials> loaded = memory_.credentials->load(receiver_.identifier);
+        loading_ = loaded;
         credentials_ = co_await loaded;
+        loading_.reset();
     }
     co_return co_await reach();
 }
@@ -317,6 +319,7 @@ void NegotiatedControl::close() {
     onHold({});
     waking_.cancel();
     nap_.end();
+    if (loading_) loading_->complete({});
     if (silent_) silent_->close();
     if (pairing_) pairing_->close();
     if (access_) access_->close();

@@ -79,6 +79,7 @@ class NegotiatedControl : public VideoControl, public std::enable_shared_from_th
     Factory factory_;
 
     Credentials credentials_;
+    std::optional<Completion<Credentials>> loading_;
     std::optional<Capability> worked_;
     Answers answers_;
     ConnectionError lastError_{.kind = ConnectionError::Kind::unreachable};

@@ -78,7 +78,7 @@ QCoro::Task<Connection::Answer> PairingMessenger::send(PairingRequest what, QByt
     if (!body.isEmpty()) request.headers.append("Content-Type", what.contentType);
     if (speaksRtsp_) {
         request.version = "RTSP/1.0";
-        request.headers.append("CSeq", QByteArray::number(++sequence_));
+        request.headers.append("CSeq", "1");  // the connection counts
     }
     request.body = std::move(body);
     const auto deadline = stage == PairingStage::pinStart ? consentDeadline : answerDeadline;

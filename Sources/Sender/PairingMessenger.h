@@ -36,7 +36,6 @@ class PairingMessenger : public std::enable_shared_from_this<PairingMessenger> {
 
     std::unique_ptr<Connection> connection_;
     bool speaksRtsp_;
-    int sequence_ = 0;
     QByteArray identifier_;
 };
 

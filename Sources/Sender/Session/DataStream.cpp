@@ -14,9 +14,7 @@ using namespace Qt::StringLiterals;
 namespace velmora {
 
 DataStream::DataStream(Clock& clock, std::unique_ptr<Channel> channel)
-    : clock_(clock),
-      channel_(std::move(channel)),
-      sequence_(quint64(1) << 32 | QRandomGenerator::system()->generate()) {
+    : clock_(clock), channel_(std::move(channel)), sequence_(QRandomGenerator::system()->generate()) {
     connect(channel_.get(), &Channel::received, this, &DataStream::receive);
     connect(channel_.get(), &Channel::closed, this, [this](const ConnectionError& error) {
         close();
@@ -31,8 +29,10 @@ DataStream::~DataStream() {
 void DataStream::send(Message message) {
     message.set_unique_identifier(newIdentifier().toStdString());
     const QVariantMap envelope = SessionMessages::wrapped(MediaRemote::packed(message));
-    const DataFrame frame{
-        .kind = DataFrame::Kind::message, .sequence = sequence_++, .body = Plist::encodeBinary(envelope)};
+    constexpr quint64 firstSequence = quint64(1) << 32;  // all senders count from there
+    const DataFrame frame{.kind = DataFrame::Kind::message,
+                          .sequence = firstSequence | sequence_++,
+                          .body = Plist::encodeBinary(envelope)};
     channel_->write(frame.encoded());
 }
 

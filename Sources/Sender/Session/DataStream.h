@@ -52,7 +52,7 @@ class DataStream : public QObject {
     Clock& clock_;
     std::unique_ptr<Channel> channel_;
     DataFrameReader reader_;
-    quint64 sequence_;
+    quint32 sequence_;
     std::map<std::string, Reply> questions_;
     std::function<void(const Message&)> handler_;
 };

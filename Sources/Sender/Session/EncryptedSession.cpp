@@ -48,6 +48,13 @@ bool mayTakeAnotherTiming(const ConnectionError& error, Timing tried) {
     return error.kind == Kind::status || error.kind == Kind::closed || error.kind == Kind::unreachable;
 }
 
+// Keeps the connection until the receiver has heard of the end; where nothing is answered any more, it is
+// said all the same.
+QCoro::Task<> sayFarewell(std::unique_ptr<Connection> connection, Request farewell) {
+    const Connection::Answer answer = co_await connection->send(farewell, farewellDeadline);
+    if (!answer && answer.error().kind == Kind::timeout) connection->sendLast(farewell);
+}
+
 std::optional<quint16> portIn(const QVariantMap& map, const QString& key) {
     bool isNumber = false;
     const qlonglong port = map.value(key).toLongLong(&isNumber);
@@ -68,7 +75,7 @@ EncryptedSession::EncryptedSession(Clock& clock, SessionRoad road, Manner manner
       identifier_(newIdentifier().toLatin1()) {}
 
 EncryptedSession::~EncryptedSession() {
-    close();
+    abandon();
 }
 
 QCoro::Task<VideoControl::Outcome> EncryptedSession::open() {
@@ -76,7 +83,7 @@ QCoro::Task<VideoControl::Outcome> EncryptedSession::open() {
     Outcome outcome = co_await negotiate();
     if (outcome) outcome = co_await connectEvents();
     isSetUp_ = outcome.has_value();
-    if (!outcome) leave();
+    if (!outcome) leave(Haste::atOnce);
     co_return outcome;
 }
 
@@ -94,7 +101,7 @@ QCoro::Task<VideoControl::Outcome> EncryptedSession::negotiate() {
         outcome = std::unexpected(inSession(outcome.error()));
         if (!mayTakeAnotherTiming(outcome.error(), timing)) break;
         if (outcome.error().kind == Kind::timeout)
-            leave();  // its late answer would be taken for the next one
+            leave(Haste::atOnce);  // its late answer would be taken for the next one
     }
     co_return outcome;
 }
@@ -224,12 +231,13 @@ QCoro::Task<Connection::Answer> EncryptedSession::send(Request request, Clock::D
     co_return co_await connection_->send(std::move(request), deadline);
 }
 
-void EncryptedSession::sendLast(const Request& request) {
-    if (connection_) connection_->sendLast(request);
-}
-
 void EncryptedSession::startHeartbeat() {
     if (!std::exchange(beats_, true)) beat();
+}
+
+void EncryptedSession::stopHeartbeat() {
+    beats_ = false;
+    nextBeat_.cancel();
 }
 
 QCoro::Task<> EncryptedSession::beat() {
@@ -255,33 +263,49 @@ QCoro::Task<> EncryptedSession::beat() {
 
 QCoro::Task<> EncryptedSession::tearDown() {
     const auto self = shared_from_this();
-    beats_ = false;
-    nextBeat_.cancel();
+    stopHeartbeat();
     if (isOpen() && std::exchange(owesTearDown_, false)) {
         const Request request = requests_->about("TEARDOWN");
         const Connection::Answer answer = co_await send(request, farewellDeadline);
         // It may be stuck behind a request that is never answered; then it is said without waiting.
         owesTearDown_ = !answer && answer.error().kind == Kind::timeout;
     }
-    leave();
+    leave(Haste::atOnce);
 }
 
 void EncryptedSession::close() {
+    close(Haste::polite);
+}
+
+void EncryptedSession::abandon() {
+    close(Haste::atOnce);
+}
+
+void EncryptedSession::close(Haste haste) {
     if (std::exchange(closed_, true)) return;
     eventHandler_ = {};
     endHandler_ = {};
     nap_.end();
     if (isReaching_ && road_.close) road_.close();
-    leave();
+    leave(haste);
 }
 
 // In the order in which receivers expect it.
-void EncryptedSession::leave() {
-    beats_ = false;
-    nextBeat_.cancel();
-    if (std::exchange(owesTearDown_, false)) sendLast(requests_->about("TEARDOWN"));
+void EncryptedSession::leave(Haste haste) {
+    stopHeartbeat();
     isSetUp_ = false;
     ended_ = true;
+    if (std::exchange(owesTearDown_, false) && connection_ && connection_->isOpen()) {
+        connection_->disconnect();
+        const Request farewell = requests_->about("TEARDOWN");
+        const bool waits = haste == Haste::polite && !connection_->isIdle();
+        if (waits) {
+            connection_->giveUp();
+            sayFarewell(std::move(connection_), farewell);
+        } else {
+            connection_->sendLast(farewell);
+        }
+    }
     events_.reset();
     connection_.reset();
     time_ = {};
@@ -308,8 +332,7 @@ void EncryptedSession::endSoon(const ConnectionError& error) {
 
 void EncryptedSession::end(const ConnectionError& error) {
     if (std::exchange(ended_, true) || closed_) return;
-    beats_ = false;
-    nextBeat_.cancel();
+    stopHeartbeat();
     logger().notice(u"television: the session ended: %1"_s.arg(error.detail));
     const auto handler = endHandler_;
     if (handler && isSetUp_) handler(error);

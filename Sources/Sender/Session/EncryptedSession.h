@@ -38,7 +38,7 @@ class EncryptedSession : public std::enable_shared_from_this<EncryptedSession> {
 
     [[nodiscard]] static std::shared_ptr<EncryptedSession> make(Clock& clock, SessionRoad road,
                                                                 Manner manner);
-    /// As `close`.
+    /// As `abandon`.
     ~EncryptedSession();
 
     /// Connects, sets the session up with the first timing that the receiver takes, and opens its event
@@ -49,12 +49,15 @@ class EncryptedSession : public std::enable_shared_from_this<EncryptedSession> {
     /// Any request made by `requests`.
     [[nodiscard]] QCoro::Task<Connection::Answer> send(Request request,
                                                        Clock::Duration deadline = Connection::usualDeadline);
-    void sendLast(const Request& request);
     void startHeartbeat();
+    void stopHeartbeat();
     /// Waits for the receiver's word that the session is over, two seconds at most.
     [[nodiscard]] QCoro::Task<> tearDown();
-    /// Ends every wait and, without waiting, the session.
+    /// Ends every wait, and the session: politely, behind a request that is not answered yet, as long as the
+    /// event loop goes on.
     void close();
+    /// The same at once, whatever the receiver is about: for destructors.
+    void abandon();
 
     [[nodiscard]] bool wasLinked() const { return wasLinked_; }  ///< connected, and trusted, at some time
     [[nodiscard]] bool isOpen() const { return connection_ && connection_->isOpen() && !ended_; }
@@ -83,7 +86,9 @@ class EncryptedSession : public std::enable_shared_from_this<EncryptedSession> {
     void hear(const QByteArray& body);
     void endSoon(const ConnectionError& error);
     void end(const ConnectionError& error);
-    void leave();
+    enum class Haste { polite, atOnce };
+    void leave(Haste haste = Haste::polite);
+    void close(Haste haste);
 
     Clock& clock_;
     SessionRoad road_;

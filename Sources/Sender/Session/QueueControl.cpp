@@ -42,7 +42,7 @@ QueueControl::QueueControl(Clock& clock, SessionRoad road)
       kind_(receiverKind(road.receiver)) {}
 
 QueueControl::~QueueControl() {
-    close();
+    abandon();
 }
 
 QCoro::Task<VideoControl::Outcome> QueueControl::open() {
@@ -142,7 +142,6 @@ QCoro::Task<VideoControl::Outcome> QueueControl::insert(Movie movie) {
     player_.begin(movie.uuid, heedsStart ? movie.start : 0, movie.duration);
     if (remote_) remote_->expect(movie.duration);
     rateIsSet_ = false;
-    setHandedOver(true);
     const QVariantMap item = QueueCommands::insert(movie, heedsStart);
     const Outcome outcome = co_await command(item);
     if (!outcome) co_return std::unexpected(in(Answers::Step::handover, outcome.error()));
@@ -233,6 +232,11 @@ QCoro::Task<VideoControl::Outcome> QueueControl::stop() {
 void QueueControl::close() {
     SessionControl::close();
     if (remote_) remote_->close();
+}
+
+void QueueControl::abandon() {
+    SessionControl::abandon();
+    if (remote_) remote_->abandon();
 }
 
 QCoro::Task<VideoControl::Outcome> QueueControl::command(QVariantMap content) {

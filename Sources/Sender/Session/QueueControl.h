@@ -23,6 +23,7 @@ class QueueControl : public SessionControl {
     [[nodiscard]] QCoro::Task<Reported> playbackInfo() override;
     [[nodiscard]] QCoro::Task<Outcome> stop() override;
     void close() override;
+    void abandon() override;
 
   protected:
     [[nodiscard]] Request stopRequest() override;

@@ -39,7 +39,7 @@ RemoteControl::RemoteControl(Clock& clock, SessionRoad road)
       session_(EncryptedSession::make(clock, road_, {{Timing::none}, "AirPlay/550.10", u"550.10"_s})) {}
 
 RemoteControl::~RemoteControl() {
-    close();
+    abandon();
 }
 
 QCoro::Task<VideoControl::Outcome> RemoteControl::open() {
@@ -156,6 +156,11 @@ void RemoteControl::close() {
     if (isDialing_ && road_.close) road_.close();
     stream_.reset();
     session_->close();
+}
+
+void RemoteControl::abandon() {
+    session_->abandon();
+    close();
 }
 
 }  // namespace velmora

@@ -38,7 +38,9 @@ class RemoteControl : public std::enable_shared_from_this<RemoteControl> {
 
     /// As `close`, but waits for the receiver's word.
     [[nodiscard]] QCoro::Task<> tearDown();
+    /// As those of its session.
     void close();
+    void abandon();
 
     /// Both are called from the event loop. Our movie's position or rate changed.
     void onSample(std::function<void(const RemotePlayer::Sample&)> handler) {

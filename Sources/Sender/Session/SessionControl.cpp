@@ -17,7 +17,6 @@ void SessionControl::renewSession() {
     // The session ends before this object does.
     session_->onEvent([this](const QVariantMap& message) { hear(message); });
     session_->onEnded([this](const ConnectionError& error) { sessionEnded(error); });
-    isHandedOver_ = false;
 }
 
 QHostAddress SessionControl::localAddress() const {
@@ -35,7 +34,7 @@ void SessionControl::close() {
 }
 
 void SessionControl::abandon() {
-    if (isOpen() && std::exchange(isHandedOver_, false)) session_->sendLast(stopRequest());
+    if (session_) session_->abandon();  // with the session, its movie ends
     close();
 }
 
@@ -43,7 +42,7 @@ QCoro::Task<VideoControl::Outcome> SessionControl::stopAndTearDown() {
     const auto self = shared_from_this();
     const auto session = session_;
     if (!isOpen()) co_return std::unexpected(ConnectionError{});
-    isHandedOver_ = false;
+    session->stopHeartbeat();
     constexpr Clock::Duration stopDeadline = 2s;
     const Request request = stopRequest();
     const Connection::Answer answer = co_await session->send(request, stopDeadline);

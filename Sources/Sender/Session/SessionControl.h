@@ -35,15 +35,12 @@ class SessionControl : public VideoControl, public std::enable_shared_from_this<
     void setTimings(const QList<Timing>& timings) { manner_.timings = timings; }
     /// Sends the stop and then the end of the session, and waits for each two seconds at most.
     [[nodiscard]] QCoro::Task<Outcome> stopAndTearDown();
-    /// The movie was handed over: a stop is owed from now on.
-    void setHandedOver(bool isHandedOver) { isHandedOver_ = isHandedOver; }
 
   private:
     Clock& clock_;
     SessionRoad road_;
     EncryptedSession::Manner manner_;
     std::shared_ptr<EncryptedSession> session_;
-    bool isHandedOver_ = false;
     bool closed_ = false;
 };
 

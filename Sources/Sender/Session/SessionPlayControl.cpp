@@ -28,7 +28,7 @@ SessionPlayControl::SessionPlayControl(Clock& clock, SessionRoad road)
                      {{Timing::network, Timing::precise}, "AirPlay/550.10", u"690.7.1"_s}) {}
 
 SessionPlayControl::~SessionPlayControl() {
-    close();
+    abandon();
 }
 
 QCoro::Task<VideoControl::Outcome> SessionPlayControl::open() {
@@ -51,7 +51,6 @@ QCoro::Task<VideoControl::Outcome> SessionPlayControl::play(Movie movie) {
     }
     uuid_ = movie.uuid;
     player_.begin(movie.uuid, movie.start, movie.duration);
-    setHandedOver(true);
     const Outcome outcome = co_await sendPlay(movie);
     if (!outcome) {
         const ConnectionError error = inHandover(outcome.error());

@@ -3,6 +3,7 @@
 #include "Sender/Discovery/AvahiObject.h"
 #include "Television/Announcement.h"
 
+#include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusReply>
 
@@ -46,6 +47,7 @@ QString Publication::publish(const TelevisionOptions& options, quint16 port) {
     group_ = made.value().path();
     bus_.connect(Avahi::service, group_, Avahi::interfaceOf(u"EntryGroup"_s), u"StateChanged"_s, this,
                  SLOT(stateChanged(int, QString)));
+    qDBusRegisterMetaType<QList<QByteArray>>();
     const bool speaksOnly4 = options.address.protocol() == QAbstractSocket::IPv4Protocol;
     const QVariantList service{anyInterface,
                                speaksOnly4 ? protocol4 : anyProtocol,

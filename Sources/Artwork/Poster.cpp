@@ -91,8 +91,7 @@ QUrl url(const QUrl& movie) {
 }
 
 bool captureFromSource(const QUrl& movie, std::optional<double> time, const std::stop_token& stop) {
-    const bool isUsable = time && *time >= earliestTime;
-    const double frameTime = isUsable ? *time : automaticTime(probe(movie, stop));
+    const double frameTime = time && *time >= earliestTime ? *time : automaticTime(probe(movie, stop));
     const QString final = url(movie).toLocalFile();
     const QString partial = final.chopped(4) + u".part.jpg"_s;
     QFile::remove(partial);  // of a run that was cut short; it must not pass for this one's

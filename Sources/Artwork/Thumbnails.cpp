@@ -49,11 +49,11 @@ QStringList argumentsFor(const QString& movie, const Poster::Probe& probe, const
 }
 
 /// Whether ffmpeg ran to its end, with hardware or else without. False after a stop request.
-bool fill(const QString& folder, const QUrl& movie, const Poster::Probe& probe, const std::stop_token& stop) {
+bool fill(const QUrl& ffmpeg, const QString& folder, const QUrl& movie, const Poster::Probe& probe,
+          const std::stop_token& stop) {
     for (const Decoding decoding : {Decoding::hardware, Decoding::software}) {
         if (stop.stop_requested()) return false;
-        const auto run =
-            Tools::run(*Tools::ffmpeg(), argumentsFor(movie.toLocalFile(), probe, folder, decoding), stop);
+        const auto run = Tools::run(ffmpeg, argumentsFor(movie.toLocalFile(), probe, folder, decoding), stop);
         if (stop.stop_requested()) return false;
         if (run && run->status == 0) return true;
         logger().error(u"thumbnails: ffmpeg failed (hardware %1)"_s.arg(
@@ -82,14 +82,15 @@ Thumbnails::Thumbnails(const QString& folder, double interval, int count)
 
 std::shared_ptr<Thumbnails> Thumbnails::generate(const QUrl& movie, const std::stop_token& stop) {
     using SteadyClock = std::chrono::steady_clock;
-    if (!Tools::ffmpeg() || stop.stop_requested()) return nullptr;
+    const auto& ffmpeg = Tools::ffmpeg();
+    if (!ffmpeg || stop.stop_requested()) return nullptr;
     const QString path = folder(movie).toLocalFile();
     QDir(path).removeRecursively();
     QDir().mkpath(path);
     const Poster::Probe probe = Poster::probe(movie, stop);
     const double interval = intervalFor(probe);
     const auto start = SteadyClock::now();
-    if (!fill(path, movie, probe, stop)) return nullptr;
+    if (!fill(*ffmpeg, path, movie, probe, stop)) return nullptr;
 
     const auto count = static_cast<int>(QDir(path).entryList({u"*.jpg"_s}, QDir::Files).size());
     if (count == 0) return nullptr;

@@ -70,14 +70,15 @@ class Pretended : public QObject {
     QStringList shown;
 
   public Q_SLOTS:
+    // NOLINTBEGIN(readability-identifier-naming): named by the services' specifications
     QDBusUnixFileDescriptor Inhibit(const QString& what, const QString& who, const QString& why,
                                     const QString& mode) {
         requests.append(QStringList{what, who, why, mode}.join(u'|'));
         std::array<int, 2> lock{};
         EXPECT_EQ(::pipe(lock.data()), 0);
         locks_.append(lock[0]);
-        QDBusUnixFileDescriptor given(lock[1]);
-        ::close(lock[1]);
+        QDBusUnixFileDescriptor given;
+        given.giveFileDescriptor(lock[1]);
         return given;
     }
     uint Inhibit(const QString& who, const QString& why) {
@@ -87,6 +88,7 @@ class Pretended : public QObject {
     }
     void UnInhibit(uint cookie) { cookies.removeOne(cookie); }
     void ShowItems(const QStringList& addresses, const QString& /*startupId*/) { shown += addresses; }
+    // NOLINTEND(readability-identifier-naming)
 
   private:
     QList<int> locks_;

@@ -186,7 +186,7 @@ void LinuxPlayer::updateDisplay() {
 }
 
 Player::Observation LinuxPlayer::observeTime(std::chrono::nanoseconds interval, TimeObserver observer) {
-    auto made = std::make_shared<Observer>(interval, std::move(observer), Clock::Timer());
+    const auto made = std::make_shared<Observer>(interval, std::move(observer), Clock::Timer());
     std::erase_if(observers_, [](const std::weak_ptr<Observer>& one) { return one.expired(); });
     observers_.push_back(made);
     arm(made);

@@ -27,6 +27,9 @@ MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : QObject(parent) 
         {"terminal", "no"},
         {"load-scripts", "no"},
         {"ytdl", "no"},
+        // A movie is one file; whatever else it names is not to be opened on its word.
+        {"access-references", "no"},
+        {"ordered-chapters", "no"},
         {"osc", "no"},
         {"osd-level", "0"},
         {"idle", "yes"},
@@ -90,8 +93,7 @@ void MpvPlayer::reset() {
     position_.reset();
     duration_.reset();
     tracks_.clear();
-    nextTrack_[0].reset();
-    nextTrack_[1].reset();
+    nextTrack_.fill(std::nullopt);
     answer(seeking_, false);
     answer(nextSeek_, false);
 }
@@ -123,7 +125,7 @@ void MpvPlayer::seek(double seconds, Seek how, std::function<void(bool)> done) {
 }
 
 void MpvPlayer::selectTrack(MediaGroup::Kind kind, std::optional<int> number) {
-    nextTrack_[static_cast<int>(kind)] = number.value_or(0);
+    nextTrack_.at(static_cast<std::size_t>(kind)) = number.value_or(0);
     goOn();
 }
 
@@ -144,6 +146,7 @@ void MpvPlayer::goOn() {
 }
 
 void MpvPlayer::sendSeek() {
+    if (!seeking_) return;
     const bool isExact = seeking_->how == Seek::exact;
     send({"seek", QByteArray::number(seeking_->seconds, 'f', 6),
           isExact ? "absolute+exact" : "absolute+keyframes"},

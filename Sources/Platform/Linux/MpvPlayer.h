@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QString>
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -135,8 +136,8 @@ class MpvPlayer : public QObject {
 
     std::optional<WantedSeek> nextSeek_;
     std::optional<WantedSeek> seeking_;
-    bool isSettling_ = false;          ///< a seek has arrived, and its position is being asked for
-    std::optional<int> nextTrack_[2];  ///< by kind; 0 turns it off
+    bool isSettling_ = false;  ///< a seek has arrived, and its position is being asked for
+    std::array<std::optional<int>, 2> nextTrack_;  ///< by kind; 0 turns it off
     bool isChangingTrack_ = false;
     bool haveTracksChanged_ = false;  ///< since the last seek
 };

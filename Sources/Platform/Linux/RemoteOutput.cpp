@@ -82,7 +82,7 @@ void RemoteOutput::play(const Begun& begun) {
         connect(playback_.get(), &RemotePlayback::stateChanged, this, &RemoteOutput::takeState);
     }
     RemotePlayback::Item item = begun.item;
-    item.startPosition = own_->position;
+    item.startPosition = state().position;
     own_.reset();
     playback_->play(begun.receiver, item);
     if (isPaused_) playback_->pause();
@@ -90,8 +90,10 @@ void RemoteOutput::play(const Begun& begun) {
 
 void RemoteOutput::fail(const QString& reason) {
     logger().error(u"television: "_s + reason);
-    own_->phase = Phase::failed;
-    own_->reason = reason;
+    State failed = state();
+    failed.phase = Phase::failed;
+    failed.reason = reason;
+    own_ = failed;
     tellLater();
 }
 

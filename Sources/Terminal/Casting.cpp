@@ -1,5 +1,6 @@
 #include "Terminal/Casting.h"
 
+#include "Companions/Durations.h"
 #include "Diagnostics/Log.h"
 #include "Playback/MovieResolver.h"
 #include "Playback/PositionMemory.h"
@@ -13,6 +14,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace velmora {
@@ -49,12 +51,15 @@ Casting::Casting(const CommandLine& line, const World& world)
       clock_(world.clock),
       memory_(world.memory),
       discovery_(world.discovery),
-      finder_(world.clock, world.discovery, world.known) {
+      memoryOfReceivers_(world.memoryOfReceivers),
+      finder_(world.clock, world.discovery, *world.memoryOfReceivers.known) {
     connect(&job_, &PreparationJob::updated, this, [this](const auto& update) {
         if (report_) report_->show(update);
     });
     connect(&job_, &PreparationJob::finished, this, &Casting::takePrepared);
     connect(&terminal_, &Terminal::keyPressed, this, &Casting::press);
+    connect(&terminal_, &Terminal::lineEntered, this, &Casting::answer);
+    connect(&terminal_, &Terminal::inputEnded, this, &Casting::leaveUnanswered);
 }
 
 Casting::~Casting() = default;
@@ -115,7 +120,7 @@ void Casting::play(const PreparedMovie& prepared) {
     auto server = MediaServer::start();
     if (!server) return fail(server.error());
     server_ = std::move(*server);
-    playback_ = std::make_unique<RemotePlayback>(clock_, *server_);
+    playback_ = std::make_unique<RemotePlayback>(clock_, *server_, memoryOfReceivers_);
     connect(playback_.get(), &RemotePlayback::stateChanged, this, &Casting::takeState);
 
     const double position = startPosition(prepared.duration);
@@ -133,7 +138,7 @@ double Casting::startPosition(double duration) {
     // The file may have been replaced by a shorter one.
     if (saved == 0 || (duration > 0 && saved >= duration)) return 0;
     terminal_.print(
-        u"Resuming at %1; --start-over plays from the beginning."_s.arg(ProgressLine::clockTime(saved)));
+        u"Resuming at %1; --start-over plays from the beginning."_s.arg(Durations::clockTime(saved)));
     return saved;
 }
 
@@ -141,7 +146,10 @@ void Casting::takeState() {
     if (isOver_) return;
     const RemotePlayback::State state = playback_->state();
     if (isMoving(state.phase)) moving_ = state;
+    if (state.phase == Phase::playing) mayComeBack_ = true;
     if (state.phase == Phase::paused && toldPhase_ != Phase::paused) rememberPosition();
+    if (comesBack(state)) return;
+    ask(state);
     if (state.phase != toldPhase_) tellPhase(state);
     if (state.isOver()) return conclude(state);
     redraw();
@@ -154,12 +162,58 @@ void Casting::tellPhase(const RemotePlayback::State& state) {
     if (state.phase == Phase::playing)
         terminal_.print(u"Playing on %1"_s.arg(television_.name));
     else if (state.phase == Phase::paused)
-        terminal_.print(u"Paused at %1"_s.arg(ProgressLine::clockTime(state.position)));
+        terminal_.print(u"Paused at %1"_s.arg(Durations::clockTime(state.position)));
+}
+
+// Televisions fall off the network and come back; no one has to sit there and type.
+bool Casting::comesBack(const RemotePlayback::State& state) {
+    if (state.phase != Phase::dropped || !mayComeBack_ || isStopping_) return false;
+    mayComeBack_ = false;
+    rememberPosition();
+    logger().notice(u"playback: dropped, trying again"_s);
+    terminal_.print(state.reason + u" Trying again…"_s);
+    playback_->reattach();
+    return true;
+}
+
+void Casting::ask(const RemotePlayback::State& state) {
+    const bool wantsPin = state.phase == Phase::needsPin;
+    if (!wantsPin && state.phase != Phase::needsPassword) {
+        askingLater_.cancel();
+        return terminal_.stopAsking();
+    }
+    if (terminal_.isAsking() || isStopping_) return;
+    if (!state.reason.isEmpty() && state.phase != toldPhase_) terminal_.print(state.reason);
+    toldPhase_ = state.phase;
+    if (state.retryIn > 0) {
+        const QString wait = u"%1 takes no PIN for another %2 s."_s.arg(television_.name)
+                                 .arg(static_cast<int>(std::ceil(state.retryIn)));
+        terminal_.showLine(TerminalText::fit(wait, terminal_.look().columns));
+        askingLater_ = clock_.after(tickInterval, [this] { ask(playback_->state()); });
+        return;
+    }
+    const QString what = wantsPin ? u"The PIN that %1 shows: "_s : u"The AirPlay password of %1: "_s;
+    terminal_.ask(what.arg(television_.name), !wantsPin);
+}
+
+void Casting::answer(const QString& secret) {
+    if (!playback_ || isOver_) return;
+    toldPhase_ = Phase::connecting;  // so that a second question tells why
+    playback_->supply(secret.trimmed());
+}
+
+void Casting::leaveUnanswered() {
+    const bool wantsPin = playback_->state().phase == Phase::needsPin;
+    isStopping_ = true;
+    playback_->stop();
+    fail((wantsPin ? u"%1 asks for the PIN on its screen, and nobody is there to type it."_s
+                   : u"%1 asks for its AirPlay password, and nobody is there to type it."_s)
+             .arg(television_.name));
 }
 
 void Casting::redraw() {
     if (report_) report_->redraw();
-    if (!playback_ || isOver_) return;
+    if (!playback_ || isOver_ || playback_->state().retryIn > 0) return;
     terminal_.showLine(ProgressLine::playing(playback_->state(), television_.name, terminal_.look()));
 }
 
@@ -213,6 +267,7 @@ void Casting::rememberPosition() {
 void Casting::conclude(const RemotePlayback::State& state) {
     isOver_ = true;
     ticking_.cancel();
+    terminal_.stopAsking();
     if (state.phase == Phase::ended) moving_.position = moving_.duration;
     rememberPosition();
     terminal_.clearLine();
@@ -228,7 +283,7 @@ QString Casting::farewell(const RemotePlayback::State& state) const {
     const QString what = !isStopping_ && !state.reason.isEmpty() ? state.reason : u"Stopped."_s;
     const auto saved = memory_.savedPosition(movie_);
     if (!saved) return what;
-    return what + u" The next start resumes at %1."_s.arg(ProgressLine::clockTime(*saved));
+    return what + u" The next start resumes at %1."_s.arg(Durations::clockTime(*saved));
 }
 
 void Casting::interrupt() {
@@ -241,6 +296,8 @@ void Casting::interrupt() {
 
 void Casting::fail(const QString& reason) {
     isOver_ = true;
+    ticking_.cancel();
+    terminal_.stopAsking();
     logger().error(u"cast: "_s + reason);
     terminal_.print(reason);
     finish(failedStatus);

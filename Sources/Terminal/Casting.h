@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sender/CredentialStore.h"
 #include "Sender/RemotePlayback.h"
 #include "System/Clock.h"
 #include "Terminal/CommandLine.h"
@@ -18,7 +19,6 @@
 namespace velmora {
 
 class Discovery;
-class KnownReceivers;
 class MediaServer;
 class PositionMemory;
 class Terminal;
@@ -35,7 +35,7 @@ class Casting : public QObject {
         Clock& clock;
         PositionMemory& memory;
         Discovery& discovery;
-        KnownReceivers& known;
+        ReceiverMemory memoryOfReceivers;
     };
 
     Casting(const CommandLine& line, const World& world);
@@ -59,6 +59,10 @@ class Casting : public QObject {
     [[nodiscard]] double startPosition(double duration);
     void takeState();
     void tellPhase(const RemotePlayback::State& state);
+    void ask(const RemotePlayback::State& state);
+    void answer(const QString& secret);
+    void leaveUnanswered();
+    [[nodiscard]] bool comesBack(const RemotePlayback::State& state);
     void tick();
     void press(Key key);
     void skip(double seconds);
@@ -74,6 +78,7 @@ class Casting : public QObject {
     Clock& clock_;
     PositionMemory& memory_;
     Discovery& discovery_;
+    ReceiverMemory memoryOfReceivers_;
 
     QUrl movie_;
     TelevisionFinder finder_;
@@ -90,9 +95,11 @@ class Casting : public QObject {
     bool isStopping_ = false;
     bool isInterrupted_ = false;
     bool isOver_ = false;
+    bool mayComeBack_ = false;  ///< the picture moved since the connection was made
     Clock::Timer ticking_;
     Clock::Timer seekSettling_;
     Clock::Timer leaving_;
+    Clock::Timer askingLater_;
 };
 
 }  // namespace velmora

@@ -2,11 +2,13 @@
 #include "Diagnostics/Log.h"
 #include "Platform/Linux/SettingsFile.h"
 #include "Playback/PositionMemory.h"
+#include "Sender/CredentialStore.h"
 #include "Sender/Discovery/Discovery.h"
 #include "Sender/Discovery/KnownReceivers.h"
 #include "Terminal/Casting.h"
 #include "Terminal/CommandLine.h"
 #include "Terminal/ExitStatus.h"
+#include "Terminal/ForgetRun.h"
 #include "Terminal/ListRun.h"
 #include "Terminal/PrepareRun.h"
 #include "Terminal/Signals.h"
@@ -79,7 +81,14 @@ int act(const CommandLine& line, bool drawsBlocks) {
     SettingsFile settings(u"com.quillet.velmora"_s);
     PositionMemory memory(settings);
     KnownReceivers known(settings);
-    Casting run(line, {terminal, clock, memory, discovery, known});
+    SettingsFile secrets(u"com.quillet.velmora.secrets"_s);
+    CredentialStore credentials(clock, secrets);
+    const ReceiverMemory receivers{&credentials, &known};
+    if (line.action == CommandLine::Action::forget) {
+        ForgetRun run(line.television, receivers, terminal);
+        return complete(run, terminal);
+    }
+    Casting run(line, {terminal, clock, memory, discovery, receivers});
     return complete(run, terminal);
 }
 

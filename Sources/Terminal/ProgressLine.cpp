@@ -1,11 +1,11 @@
 #include "Terminal/ProgressLine.h"
 
+#include "Companions/Durations.h"
 #include "Terminal/TerminalText.h"
 
 #include <QStringList>
 
 #include <algorithm>
-#include <cmath>
 
 namespace velmora::ProgressLine {
 
@@ -35,7 +35,11 @@ QString phaseName(RemotePlayback::Phase phase) {
     switch (phase) {
         case RemotePlayback::Phase::idle:
         case RemotePlayback::Phase::connecting:
+        case RemotePlayback::Phase::needsPin:
+        case RemotePlayback::Phase::needsPassword:
             return u"Connecting to"_s;
+        case RemotePlayback::Phase::waking:
+            return u"Waking"_s;
         case RemotePlayback::Phase::loading:
             return u"Starting on"_s;
         case RemotePlayback::Phase::playing:
@@ -49,30 +53,13 @@ QString phaseName(RemotePlayback::Phase phase) {
 
 }  // namespace
 
-QString clockTime(double seconds) {
-    const qint64 whole = std::isfinite(seconds) && seconds > 0 ? static_cast<qint64>(seconds) : 0;
-    const qint64 hours = whole / 3600;
-    const qint64 minutes = whole / 60 % 60;
-    const QString minutesAndSeconds =
-        u"%1:%2"_s.arg(minutes, hours > 0 ? 2 : 1, 10, QChar(u'0')).arg(whole % 60, 2, 10, QChar(u'0'));
-    return hours > 0 ? u"%1:%2"_s.arg(hours).arg(minutesAndSeconds) : minutesAndSeconds;
-}
-
-QString timeLeft(double seconds) {
-    if (!std::isfinite(seconds)) return {};
-    const qint64 minutes = static_cast<qint64>(std::round(std::max(seconds, 0.0) / 60));
-    if (seconds < 60) return u"Less than a minute left"_s;
-    if (minutes < 60) return u"%1 min left"_s.arg(minutes);
-    return u"%1 h %2 min left"_s.arg(minutes / 60).arg(minutes % 60);
-}
-
 QString preparing(const Preparer::Update& update, Look look) {
     const QString stage = TerminalText::printable(update.stage);
     if (!update.progress) return TerminalText::fit(stage, look.columns);
     const double progress = std::clamp(*update.progress, 0.0, 1.0);
     // The number and the time left matter most; bar and stage share what is left of the line.
     QString line = u"%1 %"_s.arg(static_cast<int>(progress * 100), 3);
-    const QString left = update.eta ? timeLeft(*update.eta) : QString();
+    const QString left = update.eta ? Durations::timeLeft(*update.eta) : QString();
     const int reserved = left.isEmpty() ? 0 : TerminalText::columns(gap + left);
     const int room = look.columns - reserved;
     const int barWidth = std::min(longestBar, room - TerminalText::columns(line + gap));
@@ -85,8 +72,8 @@ QString preparing(const Preparer::Update& update, Look look) {
 }
 
 QString playing(const RemotePlayback::State& state, const QString& television, Look look) {
-    QString times = clockTime(state.position);
-    if (state.duration > 0) times += u" / "_s + clockTime(state.duration);
+    QString times = Durations::clockTime(state.position);
+    if (state.duration > 0) times += u" / "_s + Durations::clockTime(state.duration);
     const QString where = phaseName(state.phase) + u' ' + TerminalText::printable(television);
     const bool isMoving =
         state.phase == RemotePlayback::Phase::playing || state.phase == RemotePlayback::Phase::paused;
@@ -106,7 +93,7 @@ std::optional<QString> Plain::line(const Preparer::Update& update) {
     tenths_ = tenths;
     QString line = TerminalText::printable(update.stage);
     if (tenths > 0) line += u": %1 %"_s.arg(tenths * 10);
-    if (tenths > 0 && update.eta) line += u", "_s + timeLeft(*update.eta);
+    if (tenths > 0 && update.eta) line += u", "_s + Durations::timeLeft(*update.eta);
     return line;
 }
 

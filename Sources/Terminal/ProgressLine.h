@@ -15,12 +15,6 @@ struct Look {
     bool drawsBlocks = true;  ///< false where the terminal knows nothing beyond ASCII
 };
 
-/// "37:12", "1:52:03"; nonsense reads "0:00".
-[[nodiscard]] QString clockTime(double seconds);
-
-/// "Less than a minute left", "3 min left", "1 h 12 min left".
-[[nodiscard]] QString timeLeft(double seconds);
-
 /// Percentage, bar, stage and time left, as far as they are known and fit.
 [[nodiscard]] QString preparing(const Preparer::Update& update, Look look);
 

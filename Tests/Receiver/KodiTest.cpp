@@ -114,12 +114,35 @@ TEST_F(KodiTest, TellsItsRemoteControlFromItsDeath) {
     }
     OnTerminal cast(QStringLiteral(VELMORA_CAST), arguments());
     ASSERT_TRUE(cast.shows("Playing on"));
+    cast.type("\x1b[A");
+    ASSERT_TRUE(eventually([&] { return kodi_->position() > 60; }));
+    expectAgreement(cast, *kodi_);
     kodi_->die();
-    EXPECT_EQ(cast.wait(), 1);
-    EXPECT_TRUE(cast.screen().contains("connection to the television was lost")) << cast.screen().constData();
+    EXPECT_TRUE(cast.shows("connection to the television was lost. Trying again"))
+        << cast.screen().constData();
     kodi_->comeBack();
+    EXPECT_TRUE(cast.shows("Playing on"));
+    EXPECT_GT(kodi_->position(), 58);
+    expectAgreement(cast, *kodi_);
+    cast.type("q");
+    EXPECT_EQ(cast.wait(), 0);
+}
+
+TEST_F(KodiTest, AsksForThePasswordOnce) {
+    start(u"geheim ☂"_s);
+    OnTerminal cast(QStringLiteral(VELMORA_CAST), arguments());
+    for (const char* word : {"falsch", "geheim ☂"}) {
+        ASSERT_TRUE(cast.shows("AirPlay password of")) << cast.screen().constData();
+        EXPECT_FALSE(cast.echoes());
+        cast.type(QByteArray(word) + '\n');
+    }
+    EXPECT_TRUE(cast.screen().contains("did not take this password")) << cast.screen().constData();
+    ASSERT_TRUE(cast.shows("Playing on"));
+    cast.type("q");
+    EXPECT_EQ(cast.wait(), 0);
+
     OnTerminal again(QStringLiteral(VELMORA_CAST), arguments());
-    ASSERT_TRUE(again.shows("Playing on"));
+    ASSERT_TRUE(again.shows("Playing on")) << again.screen().constData();
     again.type("q");
     EXPECT_EQ(again.wait(), 0);
 }

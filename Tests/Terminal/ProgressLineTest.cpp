@@ -1,3 +1,4 @@
+#include "Companions/Durations.h"
 #include "Terminal/ProgressLine.h"
 #include "Terminal/TerminalText.h"
 
@@ -17,7 +18,7 @@ TEST(ProgressLine, SpeaksOfTimeAsPeopleDo) {
     const std::pair<double, QString> clock[] = {
         {0, u"0:00"_s},  {59.9, u"0:59"_s},     {2232, u"37:12"_s},    {6723, u"1:52:03"_s},
         {-3, u"0:00"_s}, {infinity, u"0:00"_s}, {36000, u"10:00:00"_s}};
-    for (const auto& [seconds, text] : clock) EXPECT_EQ(ProgressLine::clockTime(seconds), text);
+    for (const auto& [seconds, text] : clock) EXPECT_EQ(Durations::clockTime(seconds), text);
     const std::pair<double, QString> left[] = {{0, u"Less than a minute left"_s},
                                                {59.9, u"Less than a minute left"_s},
                                                {60, u"1 min left"_s},
@@ -25,7 +26,7 @@ TEST(ProgressLine, SpeaksOfTimeAsPeopleDo) {
                                                {3599, u"1 h 0 min left"_s},
                                                {4320, u"1 h 12 min left"_s},
                                                {infinity, QString()}};
-    for (const auto& [seconds, text] : left) EXPECT_EQ(ProgressLine::timeLeft(seconds), text) << seconds;
+    for (const auto& [seconds, text] : left) EXPECT_EQ(Durations::timeLeft(seconds), text) << seconds;
 }
 
 TEST(ProgressLine, DropsTheLessImportantAsTheTerminalNarrows) {

@@ -53,9 +53,11 @@ TEST(CommandLine, ReadsWhatItUnderstands) {
 TEST(CommandLine, RefusesTheRestWithAReason) {
     const std::pair<QString, QString> cases[] = {
         {u"--to tv"_s, u"which movie"_s},
-        {u"a.mkv"_s, u"--to HOST"_s},
+        {u"a.mkv"_s, u"--list shows"_s},
         {u"--to tv a.mkv b.mkv"_s, u"one movie"_s},
-        {u"--list"_s, u"no option --list"_s},
+        {u"--listen"_s, u"no option --listen"_s},
+        {u"--list a.mkv"_s, u"leave “a.mkv” out"_s},
+        {u"--forget"_s, u"wants a television"_s},
         {u"a.mkv --to"_s, u"wants a television"_s},
         {u"--to --re-encode a.mkv"_s, u"wants a television"_s},
         {u"--to= a.mkv"_s, u"name is empty"_s},

@@ -169,6 +169,35 @@ TEST_F(AccessTest, ComesThroughWhatReceiversGetWrong) {
     }
 }
 
+// Nothing is announced where only the address is typed: the television's answers have to tell.
+TEST_F(AccessTest, FindsTheWayInByAnswersAlone) {
+    const struct {
+        TelevisionOptions options;
+        QStringList asked;
+    } cases[] = {
+        {{.flavour = Tv::password, .password = u"secret"_s}, {u"password"_s}},
+        {{.flavour = Tv::legacyKeys}, {}},
+        {{.flavour = Tv::transient}, {}},
+        {{.flavour = Tv::transient, .handover = TvHandover::queue}, {}},
+        {{.flavour = Tv::paired}, {u"pin"_s}},
+    };
+    for (const auto& entry : cases) {
+        SCOPED_TRACE(&entry - cases);
+        Television television(clock_, entry.options);
+        ASSERT_TRUE(television.listen());
+        const auto typed = Receiver::fromText(u"127.0.0.1:%1"_s.arg(television.receiver().port));
+        for (const bool isFirst : {true, false}) {
+            Window window(clock_, *server_, memory());
+            window.playback.play(typed.value(), item(20));
+            EXPECT_TRUE(plays(window, television.pin(), u"secret"_s))
+                << window.playback.state().reason.toStdString();
+            EXPECT_EQ(text(asked()), text(isFirst ? entry.asked : QStringList()));
+            window.playback.stop();
+            EXPECT_TRUE(window.reaches(Phase::stopped));
+        }
+    }
+}
+
 TEST_F(AccessTest, TellsAWrongPasswordAndEndsWhenAsked) {
     Television television(clock_, {.flavour = Tv::password, .password = u"secret"_s});
     ASSERT_TRUE(television.listen());

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QString>
 
+#include <array>
 #include <optional>
 
 namespace velmora {
@@ -28,6 +29,13 @@ enum class Handover {
     play,       ///< `/play` with a property list
     playQueue,  ///< an item of the queue, through `/command`; encrypted sessions only
 };
+
+/// What they are called in files and in the log, in the order of the enumerations.
+inline constexpr std::array flavourNames{QLatin1StringView("plain"), QLatin1StringView("legacyKeys"),
+                                         QLatin1StringView("legacyPin"), QLatin1StringView("transient"),
+                                         QLatin1StringView("paired")};
+inline constexpr std::array handoverNames{QLatin1StringView("playText"), QLatin1StringView("play"),
+                                          QLatin1StringView("playQueue")};
 
 struct Approach {
     Flavour flavour = Flavour::plain;

@@ -6,8 +6,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <array>
-
 using namespace Qt::StringLiterals;
 
 namespace velmora {
@@ -23,10 +21,6 @@ const QString preferenceKey = u"KnownReceivers"_s;
 /// Far more than the receivers' limit needs.
 constexpr qsizetype storedLengthLimit = qsizetype{64} * 1024;
 constexpr qsizetype identifierLengthLimit = 300;
-
-/// The stored names, in the order of the enumerations.
-constexpr std::array flavourNames{"plain"_L1, "legacyKeys"_L1, "legacyPin"_L1, "transient"_L1, "paired"_L1};
-constexpr std::array handoverNames{"playText"_L1, "play"_L1, "playQueue"_L1};
 
 template <typename Value, typename Names>
 std::optional<Value> named(const Names& names, const QString& name) {

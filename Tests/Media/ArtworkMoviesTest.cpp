@@ -46,10 +46,8 @@ TEST_F(ArtworkMovies, LongMoviesHaveAPictureEveryFewSeconds) {
     const QString movie = add(u"long.mkv"_s, u"100 %d.mkv"_s);
     const auto strip = Thumbnails::generate(QUrl::fromLocalFile(movie));
     ASSERT_NE(strip, nullptr);
-    EXPECT_EQ(strip->interval(), 5);
     EXPECT_NEAR(strip->count(), 20, 1);
     EXPECT_FALSE(strip->image(99).isNull());
-    EXPECT_EQ(posterOf(movie, 42).size(), QSize(1280, 720));
     EXPECT_TRUE(posterOf(movie, 1e6).isNull()) << "past the end";
 }
 

@@ -109,7 +109,6 @@ TEST_F(MpvPlayerTest, SeeksWaitForTheFileAndTheLastOneCounts) {
     ASSERT_TRUE(waitFor([&] { return !second.empty(); }));
     EXPECT_THAT(first, ElementsAre(false));
     EXPECT_THAT(second, ElementsAre(true));
-    EXPECT_NEAR(player.position().value_or(0), 1, 0.03);
     // Another file ends what the one before was asked for.
     player.seek(2, Seek::exact, [&](bool finished) { third.push_back(finished); });
     load(sample("mpeg4.avi"));

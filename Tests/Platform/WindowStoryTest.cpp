@@ -92,18 +92,5 @@ TEST_F(WindowStory, FromAFileToTheTelevisionAndBack) {
     EXPECT_EQ(television.complaints(), QStringList());
 }
 
-TEST_F(WindowStory, ADeviceThatIsNotThereLeavesAMovieToTryAgainWith) {
-    context->choose(Receiver::fromText(u"127.0.0.1:1"_s).value());
-    session->open(movie, false);
-    ASSERT_TRUE(waitFor([this] { return session->handingOverTo().has_value(); }));
-    ASSERT_TRUE(waitFor([this] { return !session->handingOverTo(); }));
-    EXPECT_TRUE(session->isStalled());
-    ASSERT_TRUE(waitFor([this] { return !session->isPlaying(); }));
-    EXPECT_FALSE(context->output().state().reason.isEmpty());
-
-    chooseTelevision();
-    ASSERT_TRUE(waitFor([this] { return isShown(); }));
-}
-
 }  // namespace
 }  // namespace velmora

@@ -163,11 +163,11 @@ QCoro::Task<VideoControl::Outcome> EncryptedSession::connectEvents() {
     for (const Clock::Duration pause : eventPauses) {
         const Completion<bool> waiting = nap_.wait(clock_, pause);
         co_await waiting;
-        if (closed_ || !isOpen()) co_return closedHere();
+        if (closed_ || !isOpen()) co_return std::unexpected(inSession({}));
         isReaching_ = true;
         Dialer::Dialed dialed = co_await road_.dial(eventPort_);
         isReaching_ = false;
-        if (closed_ || !isOpen()) co_return closedHere();
+        if (closed_ || !isOpen()) co_return std::unexpected(inSession({}));
         if (dialed.channel) {
             listen(std::move(dialed.channel));
             co_return Outcome();

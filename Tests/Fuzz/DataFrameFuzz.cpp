@@ -6,6 +6,7 @@
 #include "Sender/Session/MediaRemote/RemotePlayer.h"
 #include "Sender/Session/SessionMessages.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <vector>

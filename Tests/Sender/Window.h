@@ -77,6 +77,8 @@ class WindowTest : public testing::Test {
         write(QStringLiteral("late.mp4"), movie(false));
         write(QStringLiteral("garbage.mp4"), QByteArray(50'000, 'x'));
     }
+    /// What the windows left waiting ends before the clock and the server do.
+    ~WindowTest() override { QCoreApplication::processEvents(); }
     void write(const QString& name, const QByteArray& bytes) const {
         QFile file(folder_.filePath(name));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));

@@ -52,7 +52,7 @@ QList<CommandRow> commandTable(const CommandContext& context) {
     return {
         row(newWindow, u"New Window"_s, key(Qt::CTRL | Qt::Key_N), true),
         row(openMovie, u"Open Movie…"_s, key(Qt::CTRL | Qt::Key_O), true),
-        row(revealPreparedMovie, u"Reveal Prepared Movie in Files"_s, key(Qt::CTRL | Qt::SHIFT | Qt::Key_R),
+        row(revealPreparedMovie, u"Reveal Prepared Movie"_s, key(Qt::CTRL | Qt::SHIFT | Qt::Key_R),
             movie.isReady),
         row(playOrPause, movie.isPlaying ? u"Pause"_s : u"Play"_s, key(Qt::Key_Space), movie.canPlayAction,
             startsGroup | yieldsToPopups),

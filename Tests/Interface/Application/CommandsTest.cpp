@@ -38,11 +38,11 @@ TEST(Commands, AreEnabledAsTheSessionIs) {
     story.session->open(story.movie, false);
     EXPECT_EQ(now(), QStringList{u"Cancel Preparing Ctrl+."_s}) << "it starts by itself when it is ready";
     story.finishPreparing();
-    EXPECT_EQ(now(), QStringList{u"Reveal Prepared Movie in Files Ctrl+Shift+R"_s}) << "on its way";
+    EXPECT_EQ(now(), QStringList{u"Reveal Prepared Movie Ctrl+Shift+R"_s}) << "on its way";
     story.run(10);
     const QStringList onTelevision{u"Start Over"_s, u"Back 10 Seconds Left"_s, u"Forward 10 Seconds Right"_s,
                                    u"Back 1 Minute Shift+Left"_s, u"Forward 1 Minute Shift+Right"_s};
-    const QString reveal = u"Reveal Prepared Movie in Files Ctrl+Shift+R"_s;
+    const QString reveal = u"Reveal Prepared Movie Ctrl+Shift+R"_s;
     EXPECT_EQ(now(), QStringList({reveal, u"Pause Space"_s}) + onTelevision);
     perform(playOrPause, *story.session);
     EXPECT_EQ(now(), QStringList({reveal, u"Play Space"_s}) + onTelevision);

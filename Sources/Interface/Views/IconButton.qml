@@ -1,0 +1,74 @@
+import QtQuick
+import Velmora.Views
+import QtQuick.Templates as T
+
+// A round button with a symbol. Its help shows also while it cannot be pressed, which tells why.
+Item {
+    id: root
+
+    property Inks inks: Theme.window
+    property string symbol
+    property int symbolSize: 28
+    property color color: inks.text
+    property color fill: "transparent"
+    property color fillPressed: fill
+    property bool isLit: false
+    property bool canPress: true
+    property string help
+    property string name: help
+    property alias button: button
+    readonly property bool showsHelp: pointer.hovered && !button.pressed && help.length > 0
+
+    signal clicked
+
+    implicitWidth: 44
+    implicitHeight: 44
+
+    HoverHandler {
+        id: pointer
+    }
+
+    T.AbstractButton {
+        id: button
+
+        anchors.fill: parent
+        enabled: root.canPress
+        focusPolicy: Qt.StrongFocus
+        hoverEnabled: true
+        Accessible.name: root.name
+        Keys.onReturnPressed: button.clicked()
+        Keys.onEnterPressed: button.clicked()
+        onClicked: root.clicked()
+
+        background: ControlGround {
+            radius: height / 2
+            opacity: root.canPress ? 1 : 0.6
+            color: root.isLit ? root.inks.lit : button.pressed ? root.fillPressed : root.fill
+            inks: root.inks
+            words: root.color
+            isHovered: button.hovered && root.canPress
+            isPressed: button.pressed
+            hasFocus: button.visualFocus
+
+            Behavior on color {
+                ColorAnimation { duration: Theme.quick; easing.type: Easing.OutCubic }
+            }
+        }
+
+        contentItem: Item {
+            Symbol {
+                anchors.centerIn: parent
+                width: root.symbolSize
+                height: root.symbolSize
+                name: root.symbol
+                color: root.color
+                opacity: root.canPress ? 1 : 0.42
+            }
+        }
+    }
+
+    HelpTip {
+        text: root.help
+        visible: root.showsHelp
+    }
+}

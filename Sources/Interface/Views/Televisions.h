@@ -1,0 +1,70 @@
+#pragma once
+
+#include "System/Clock.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include <optional>
+
+namespace velmora {
+
+/// A television as the picker names it.
+struct Television {
+    enum class Asks { nothing, code, password };
+    enum class Activity { none, waking, connecting };
+
+    QString identifier;  ///< as an `OutputContext::Device` has it
+    QString name;
+    QString cannotShow{};       ///< why it takes no video, as the rest of a sentence; empty when it does
+    Asks asks = Asks::nothing;  ///< what has to be typed before it plays
+    Activity activity = Activity::none;
+    std::optional<Clock::Instant> nextTry{};  ///< it refuses until then
+    bool canForget = false;                   ///< something of it is stored that can be given up
+
+    friend bool operator==(const Television&, const Television&) = default;
+};
+
+/// What a television wants to know before it plays.
+struct TelevisionQuestion {
+    Television::Asks asks = Television::Asks::code;
+    QString television;                       ///< its name
+    bool wasWrong = false;                    ///< the last answer was
+    std::optional<Clock::Instant> nextTry{};  ///< no answer is taken before
+
+    friend bool operator==(const TelevisionQuestion&, const TelevisionQuestion&) = default;
+};
+
+/// The televisions that one window can choose from, and what the chosen one asks. The picker reads it;
+/// whoever knows the network implements it. Main thread only.
+class Televisions : public QObject {
+    Q_OBJECT
+
+  public:
+    using QObject::QObject;
+
+    /// In any order.
+    [[nodiscard]] virtual QList<Television> televisions() const = 0;
+    /// Why none can be seen, as whole sentences; empty while they can.
+    [[nodiscard]] virtual QString unavailableReason() const = 0;
+    /// Called when the picker opens: a good moment to look harder.
+    virtual void look() = 0;
+
+    /// Adds the television at a host name or an address. Yields what is wrong with the text, as a whole
+    /// sentence; empty when it was taken.
+    [[nodiscard]] virtual QString add(const QString& address) = 0;
+    /// Gives up what is stored of it.
+    virtual void forget(const QString& identifier) = 0;
+
+    /// The question that waits for the user; absent when none does.
+    [[nodiscard]] virtual std::optional<TelevisionQuestion> question() const = 0;
+    virtual void answer(const QString& secret) = 0;
+    virtual void dismiss() = 0;
+
+  Q_SIGNALS:
+    void televisionsChanged();  ///< also the reason
+    void questionChanged();
+};
+
+}  // namespace velmora

@@ -5,6 +5,8 @@
 
 #include <QUuid>
 
+#include <algorithm>
+
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
 
@@ -60,8 +62,9 @@ QCoro::Task<bool> PlaybackSession::reach(std::shared_ptr<PlaybackSession> previo
 }
 
 QCoro::Task<VideoControl::Outcome> PlaybackSession::connect() {
+    constexpr Clock::Duration longestPause = 4s;  // whoever restarts a television waits for it to play again
     const Clock::Instant givesUpAt = clock_.now() + (isPatient_ ? longestReattaching : 0s);
-    for (Clock::Duration pause = 500ms;; pause *= 2) {
+    for (Clock::Duration pause = 500ms;; pause = std::min(pause * 2, longestPause)) {
         control_ = world_.control(receiver_);
         listen();
         const VideoControl::Outcome outcome = co_await control_->open();

@@ -104,9 +104,7 @@ TEST_F(AccessTest, AsksOnceAndRemembersUntilTheTelevisionForgets) {
         EXPECT_EQ(text(asked()), text(entry.afterForgetting));
         for (const QString& reason : reasons_)
             EXPECT_EQ(reason, explanation(PairingError{PairingError::Kind::forgotten}));
-        // How an item of the queue leaves is not for here to judge.
-        const bool isQueue = options.handover == TvHandover::queue;
-        EXPECT_EQ(isQueue ? "" : text(television.complaints()), "");
+        EXPECT_EQ(text(television.complaints()), "");
 
         memory().forget(television.receiver().identifier);
         EXPECT_TRUE(secrets_.values.isEmpty());

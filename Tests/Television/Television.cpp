@@ -4,6 +4,7 @@
 #include "Support/Seconds.h"
 #include "Television/Announcement.h"
 
+#include <QPointer>
 #include <QTime>
 
 #include <algorithm>
@@ -103,15 +104,20 @@ void Television::accept() {
 void Television::left(Guest* guest) {
     if (!guests_.removeOne(guest)) return;
     guest->deleteLater();
-    if (guest->session() && guest->session()->isForRemote())
-        checking_ = clock_.after(timeToLeave, [this] { checkOrder(); });
+    if (guest->session() && guest->session()->isForRemote()) checkOrderSoon();
     verbs_.leave(&guest->connection());
 }
 
-/// After the session for remote control has gone: the movie's goes first.
-void Television::checkOrder() {
-    const auto isMovies = [](const Guest* guest) { return guest->session() && guest->session()->hasMovie(); };
-    if (std::ranges::any_of(guests_, isMovies)) complain(u"the remote control left before the movie"_s);
+/// After the session for remote control has gone: the movie's goes first, or with it. One that comes
+/// meanwhile is another sender's, or the next movie's.
+void Television::checkOrderSoon() {
+    QList<QPointer<Guest>> left;
+    for (Guest* guest : std::as_const(guests_))
+        if (guest->session() && guest->session()->hasMovie()) left.append(guest);
+    checking_ = clock_.after(timeToLeave, [this, left] {
+        const auto isThere = [this](Guest* guest) { return guest && guests_.contains(guest); };
+        if (std::ranges::any_of(left, isThere)) complain(u"the remote control left before the movie"_s);
+    });
 }
 
 void Television::misbehaveAfterPlay() {

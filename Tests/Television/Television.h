@@ -59,7 +59,7 @@ class Television : public QObject {
   private:
     void accept();
     void left(Guest* guest);
-    void checkOrder();
+    void checkOrderSoon();
     void misbehaveAfterPlay();
     void tell(SimulatedPlayer::State state, const QString& reason);
     void sendEvent(const QString& state, const QString& reason);

@@ -81,6 +81,15 @@ TEST_F(Program, RunsOnceAndOpensAWindowForEachMovie) {
     EXPECT_EQ(windows(), 0);
 }
 
+TEST_F(Program, EndsWellWhenTheSessionEnds) {
+    start(first, {addFile(u"one.mkv"_s)});
+    ASSERT_TRUE(hasWindows(1));
+    first.terminate();
+    EXPECT_TRUE(first.waitForFinished());
+    EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(first.exitCode(), 0);
+}
+
 TEST_F(Program, AnswersWithoutAWindow) {
     EXPECT_TRUE(run({u"--help"_s}).second.contains("--new-window"));
     EXPECT_TRUE(run({u"--version"_s}).second.startsWith("velmora "));

@@ -2,6 +2,7 @@
 #include "Diagnostics/Log.h"
 #include "Interface/Application/Freedesktop/SingleInstance.h"
 #include "Interface/Application/LaunchOptions.h"
+#include "Interface/Application/Linux/EndRequests.h"
 #include "Interface/Application/Linux/LinuxWorld.h"
 #include "Interface/Application/VelmoraApp.h"
 #include "Interface/Updater/HttpsUpdateSource.h"
@@ -87,6 +88,8 @@ int run(LaunchOptions options) {
         app.pickMovie(dialog, std::move(picked));
     });
     QObject::connect(&instance, &SingleInstance::requested, &app, &VelmoraApp::take);
+    const EndRequests ends;
+    QObject::connect(&ends, &EndRequests::requested, &app, [&app] { app.run(Command::quit, nullptr); });
     // The bus started us, and its request follows.
     if (!isServing) app.take(options.request);
     return QCoreApplication::exec();

@@ -46,38 +46,28 @@ FocusScope {
 
         spacing: 10
 
-        Repeater {
-            model: 4
+        CodeCell {
+            digit: input.text.charAt(0)
+            isNext: input.activeFocus && input.text.length === 0
+            hasError: field.hasError
+        }
 
-            delegate: Rectangle {
-                id: cell
+        CodeCell {
+            digit: input.text.charAt(1)
+            isNext: input.activeFocus && input.text.length === 1
+            hasError: field.hasError
+        }
 
-                required property int index
-                readonly property bool isNext: input.activeFocus && input.text.length === index
+        CodeCell {
+            digit: input.text.charAt(2)
+            isNext: input.activeFocus && input.text.length === 2
+            hasError: field.hasError
+        }
 
-                width: 48
-                height: 56
-                radius: 10
-                color: Theme.field
-                border.width: field.hasError || isNext ? 2 : 1
-                border.color: field.hasError ? Theme.window.danger : isNext ? Theme.window.focus : Theme.fieldLine
-
-                Words {
-                    anchors.centerIn: parent
-                    line: Math.ceil(28 * Theme.textScale)
-                    text: input.text.charAt(cell.index)
-                    font.pixelSize: Theme.codeSize
-                    font.weight: Font.DemiBold
-                }
-
-                Rectangle {
-                    anchors.centerIn: parent
-                    width: 1
-                    height: 26
-                    color: Theme.window.text
-                    visible: cell.isNext && !field.hasError
-                }
-            }
+        CodeCell {
+            digit: input.text.charAt(3)
+            isNext: input.activeFocus && input.text.length === 3
+            hasError: field.hasError
         }
     }
 

@@ -36,7 +36,7 @@ T.TextField {
     cursorDelegate: Rectangle {
         width: 2
         color: Theme.window.text
-        visible: field.cursorVisible
+        visible: parent instanceof TextInput && (parent as TextInput).cursorVisible
     }
 
     IconButton {

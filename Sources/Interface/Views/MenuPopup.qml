@@ -23,6 +23,8 @@ PopupFrame {
     restingY: opensDown ? opener.height + 4 : -height - 10
 
     onAboutToShow: list.pointAtChosen()
+    // The rows are laid out by then.
+    onOpened: list.reveal()
 
     contentItem: MenuList {
         id: list

@@ -142,7 +142,7 @@ void fillMainMenu(Showcase& showcase) {
 }
 
 void focusBack(Showcase& showcase) {
-    showcase.part("playButton")->forceActiveFocus();
+    showcase.part("playButton")->property("button").value<QQuickItem*>()->forceActiveFocus();
     QTest::keyClick(&showcase.view, Qt::Key_Backtab);
 }
 

@@ -10,12 +10,14 @@ Rectangle {
     required property bool isHovered
     required property bool isPressed
     required property bool hasFocus
+    property bool isSolid: false
+    readonly property bool sinks: inks.sinksWhenPressed && !isSolid
 
     Rectangle {
         anchors.fill: parent
         radius: ground.radius
         color: ground.words
-        opacity: ground.isPressed ? (ground.inks.pressedLayer > 0 ? ground.inks.pressedLayer : 0) : ground.isHovered ? 0.08 : 0
+        opacity: ground.isPressed ? (ground.sinks ? 0 : 0.14) : ground.isHovered ? 0.08 : 0
 
         Behavior on opacity {
             NumberAnimation { duration: Theme.quick; easing.type: Easing.OutCubic }

@@ -11,7 +11,8 @@ Item {
     property int symbolSize: 28
     property color color: inks.text
     property color fill: "transparent"
-    property color fillPressed: fill
+    property color fillPressed: inks.sinksWhenPressed ? inks.fillPressed : fill
+    property bool isSolid: false
     property bool isLit: false
     property bool canPress: true
     property string help
@@ -49,6 +50,7 @@ Item {
             isHovered: button.hovered && root.canPress
             isPressed: button.pressed
             hasFocus: button.visualFocus
+            isSolid: root.isSolid
 
             Behavior on color {
                 ColorAnimation { duration: Theme.quick; easing.type: Easing.OutCubic }

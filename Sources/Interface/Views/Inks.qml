@@ -20,6 +20,6 @@ QtObject {
     required property color tickOnPlayed
     required property color focus
     required property color focusGap
-    // How much of the word colour lies over a control that is pressed.
-    required property real pressedLayer
+    // Controls that are not solid get darker when they are pressed, not lighter.
+    required property bool sinksWhenPressed
 }

@@ -3,8 +3,6 @@ import Velmora.Views
 
 // Solid when the application waits for it to be pressed.
 IconButton {
-    property bool isSolid: false
-
     button.focus: true
     implicitWidth: 52
     implicitHeight: 52

@@ -27,6 +27,7 @@ T.AbstractButton {
         isHovered: button.hovered && button.enabled
         isPressed: button.pressed
         hasFocus: button.visualFocus
+        isSolid: button.isPrimary
     }
 
     contentItem: Item {

@@ -51,7 +51,7 @@ QtObject {
         tickOnPlayed: theme.isDark ? "#F2F4F5" : "#FFFFFF"
         focus: theme.isDark ? "#8FE3D6" : "#0B6F63"
         focusGap: "transparent"
-        pressedLayer: 0.14
+        sinksWhenPressed: false
     }
 
     readonly property Inks imagery: Inks {
@@ -72,7 +72,7 @@ QtObject {
         tickOnPlayed: "#FFFFFF"
         focus: "#FFFFFF"
         focusGap: "#B30A0C0E"
-        pressedLayer: 0
+        sinksWhenPressed: true
     }
 
     readonly property real textScale: Appearance.textScale

@@ -94,7 +94,9 @@ void VelmoraApp::run(Command command, MovieWindow* window) {
             if (window) window->close();
             return;
         case Command::quit:
-            return quit();
+            // Later: it may be a window's key that calls.
+            QMetaObject::invokeMethod(this, &VelmoraApp::quit, Qt::QueuedConnection);
+            return;
         default:
             if (window) perform(command, window->session());
     }

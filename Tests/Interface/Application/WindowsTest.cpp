@@ -118,6 +118,8 @@ TEST_F(Windows, GoesOnWithoutWindows) {
     app.take({chooseMovie});
     story.desktop.picked(story.movie);
     EXPECT_EQ(titles(), QStringList{u"Film"_s});
+    press(window(0), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_TRUE(app.windows().empty());
 }
 
 TEST_F(Windows, KeysAreCommandsOfTheWindowInFront) {

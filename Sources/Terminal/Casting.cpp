@@ -171,6 +171,7 @@ bool Casting::comesBack(const RemotePlayback::State& state) {
     mayComeBack_ = false;
     rememberPosition();
     logger().notice(u"playback: dropped, trying again"_s);
+    terminal_.clearLine();
     terminal_.print(state.reason + u" Trying again…"_s);
     playback_->reattach();
     return true;

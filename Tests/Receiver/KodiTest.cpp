@@ -122,7 +122,7 @@ TEST_F(KodiTest, TellsItsRemoteControlFromItsDeath) {
         << cast.screen().constData();
     kodi_->comeBack();
     EXPECT_TRUE(cast.shows("Playing on"));
-    EXPECT_GT(kodi_->position(), 58);
+    EXPECT_TRUE(eventually([&] { return kodi_->position() > 58; }));
     expectAgreement(cast, *kodi_);
     cast.type("q");
     EXPECT_EQ(cast.wait(), 0);

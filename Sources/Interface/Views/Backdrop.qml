@@ -7,12 +7,11 @@ Item {
 
     required property MovieScreenModel movie
     property bool showsFirst: false
-    readonly property bool isReady: first.opacity > 0 || second.opacity > 0
 
     function take() {
         const next = showsFirst ? second : first;
         next.image = movie.poster;
-        if (next.ready || !movieHasPoster())
+        if (next.ready || !movie.hasPoster)
             turn();
     }
 
@@ -20,24 +19,20 @@ Item {
         showsFirst = !showsFirst;
     }
 
-    function movieHasPoster() {
-        return probe.hasImage;
-    }
-
-    opacity: probe.hasImage ? 1 : 0
+    opacity: movie.hasPoster ? 1 : 0
     visible: opacity > 0
+    Component.onCompleted: take()
 
     Behavior on opacity {
         NumberAnimation { duration: Theme.backdropMotion }
     }
 
-    // Knows whether there is a poster.
-    RoundedPicture {
-        id: probe
+    Connections {
+        target: backdrop.movie
 
-        visible: false
-        image: backdrop.movie.poster
-        onImageChanged: backdrop.take()
+        function onPosterChanged() {
+            backdrop.take();
+        }
     }
 
     BlurredPicture {

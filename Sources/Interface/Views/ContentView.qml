@@ -14,9 +14,8 @@ FocusScope {
     readonly property bool isTargeted: drop.containsDrag
     // While it is, space and arrows belong to what is open.
     readonly property bool isModal: mainPopup.visible || movieScreen.isModal
-    readonly property bool hasPoster: poster.hasImage
     readonly property bool isEmpty: movie.screen === MovieScreenModel.Empty
-    readonly property Inks inks: hasPoster && !isEmpty ? Theme.imagery : Theme.window
+    readonly property Inks inks: movie.hasPoster && !isEmpty ? Theme.imagery : Theme.window
     readonly property alias movieScreen: movieScreen
     property bool showsDrop: isTargeted
 
@@ -38,13 +37,6 @@ FocusScope {
             GradientStop { position: 0; color: Theme.windowTop }
             GradientStop { position: 1; color: Theme.windowBottom }
         }
-    }
-
-    RoundedPicture {
-        id: poster
-
-        visible: false
-        image: content.movie.poster
     }
 
     Backdrop {

@@ -25,7 +25,9 @@ void MovieScreenModel::show(const MovieState& state) {
 }
 
 void MovieScreenModel::show(const MovieArtwork& artwork) {
+    const bool isSamePoster = artwork.poster.cacheKey() == artwork_.poster.cacheKey();
     artwork_ = artwork;
+    if (!isSamePoster) Q_EMIT posterChanged();
     Q_EMIT artworkChanged();
 }
 

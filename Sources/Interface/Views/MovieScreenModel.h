@@ -64,7 +64,8 @@ class MovieScreenModel : public QObject {
     Q_PROPERTY(QString previewText READ previewText NOTIFY timelineChanged FINAL)
     Q_PROPERTY(QImage previewPicture READ previewPicture NOTIFY timelineChanged FINAL)
 
-    Q_PROPERTY(QImage poster READ poster NOTIFY artworkChanged FINAL)
+    Q_PROPERTY(QImage poster READ poster NOTIFY posterChanged FINAL)
+    Q_PROPERTY(bool hasPoster READ hasPoster NOTIFY posterChanged FINAL)
     Q_PROPERTY(QImage stillPicture READ stillPicture NOTIFY artworkChanged FINAL)
 
     Q_PROPERTY(bool canChooseTracks READ canChooseTracks NOTIFY tracksChanged FINAL)
@@ -131,6 +132,7 @@ class MovieScreenModel : public QObject {
     [[nodiscard]] QImage previewPicture() const { return preview_; }
 
     [[nodiscard]] QImage poster() const { return artwork_.poster; }
+    [[nodiscard]] bool hasPoster() const { return !artwork_.poster.isNull(); }
     [[nodiscard]] QImage stillPicture() const;
 
     [[nodiscard]] bool canChooseTracks() const;
@@ -155,6 +157,7 @@ class MovieScreenModel : public QObject {
     void stateChanged();
     void timelineChanged();
     void artworkChanged();
+    void posterChanged();
     void tracksChanged();
 
     // What the user wants. QML emits those that need no deciding.

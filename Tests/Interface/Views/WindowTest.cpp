@@ -76,6 +76,7 @@ TEST_F(Window, TabGoesThroughTheControlsInTheirOrder) {
     const auto button = [this](const char* name) {
         return showcase.part(name)->property("button").value<QQuickItem*>();
     };
+    EXPECT_EQ(showcase.view.activeFocusItem(), button("playButton"));
     auto* const scrubber = showcase.part("timeline")->property("scrubber").value<QQuickItem*>();
     scrubber->forceActiveFocus(Qt::TabFocusReason);
     press(Qt::Key_Tab);
@@ -107,6 +108,11 @@ TEST_F(Window, ACodeIsSentWithItsFourthDigit) {
     showcase.settle();
     EXPECT_EQ(showcase.televisions.timesDismissed, 1);
     EXPECT_FALSE(showcase.screen()->property("isModal").toBool());
+    // The next television asks in the same dialog.
+    showcase.televisions.ask(TelevisionQuestion{.asks = Television::Asks::code, .television = u"Attic"_s});
+    showcase.settle();
+    for (const int key : {Qt::Key_1, Qt::Key_2, Qt::Key_3, Qt::Key_4}) press(key);
+    EXPECT_EQ(showcase.televisions.answers.last(), u"1234"_s);
 }
 
 TEST_F(Window, AnAddressThatIsNoneIsToldInTheDialog) {

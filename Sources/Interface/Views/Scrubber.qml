@@ -83,9 +83,17 @@ Item {
         height: width
         radius: width / 2
         color: "#FFFFFF"
-        border.width: 1
-        border.color: "#38000000"
         visible: scrubber.canSeek
+
+        // Sets it off from whatever is bright below it.
+        Rectangle {
+            anchors.fill: parent
+            anchors.margins: -1
+            radius: width / 2
+            color: "transparent"
+            border.width: 1
+            border.color: "#38000000"
+        }
 
         FocusRing {
             visible: scrubber.activeFocus && !scrubber.movie.isDragging

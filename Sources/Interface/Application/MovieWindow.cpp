@@ -56,6 +56,9 @@ MovieWindow::MovieWindow(Common& common, std::optional<QUrl> movie)
 
 MovieWindow::~MovieWindow() {
     common_.taskbar.show(this, std::nullopt);
+    // What the session tells while it stops finds no window any more.
+    session_.disconnect(this);
+    session_.airPlay().disconnect(this);
 }
 
 void MovieWindow::appear() {

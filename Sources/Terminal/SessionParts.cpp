@@ -9,7 +9,7 @@ SessionParts::SessionParts(Clock& clock, Preferences& preferences, Discovery& di
                            const ReceiverMemory& memory)
     : network_(clock, discovery, memory),
       context_(network_.makeContext()),
-      players_(clock, {.makeLocal = [] { return std::make_unique<FileEngine>(); }}),
+      players_(clock, {.makeLocal = FileEngine::maker()}),
       world_{.clock = clock,
              .preferences = preferences,
              .earlierPreferences = nullptr,

@@ -10,7 +10,9 @@ using namespace Qt::StringLiterals;
 using test::waitFor;
 
 TEST(FileEngine, TellsTheLengthAndKeepsThePlace) {
-    FileEngine engine;
+    const LocalEngine::Maker make = FileEngine::maker();
+    const std::unique_ptr<LocalEngine> first = make();
+    LocalEngine& engine = *first;
     QStringList news;
     QObject::connect(&engine, &FileEngine::ready, [&] { news += u"ready"_s; });
     QObject::connect(&engine, &FileEngine::failed, [&](const QString& reason) { news += reason; });
@@ -26,6 +28,11 @@ TEST(FileEngine, TellsTheLengthAndKeepsThePlace) {
                                  u"second landed"_s}));
     EXPECT_NEAR(engine.duration().value_or(0), 100, 0.5);
     EXPECT_EQ(engine.position(), 42);
+
+    const std::unique_ptr<LocalEngine> second = make();
+    second->load(QStringLiteral(VELMORA_SAMPLE_MOVIES "/long.mkv"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(second->duration(), engine.duration()) << "at once";
 
     engine.load(u"/nowhere/movie.mkv"_s);
     EXPECT_EQ(engine.position(), 0) << "of the new file";

@@ -23,6 +23,11 @@ double durationOf(const QString& file, const std::stop_token& stop) {
 
 }  // namespace
 
+LocalEngine::Maker FileEngine::maker() {
+    return
+        [known = std::make_shared<Known>()] { return std::unique_ptr<LocalEngine>(new FileEngine(known)); };
+}
+
 FileEngine::~FileEngine() {
     // Before the object is taken apart: the thread posts to it until it ends.
     thread_ = {};
@@ -32,34 +37,45 @@ void FileEngine::load(const QString& file) {
     unload();
     stage_ = Stage::loading;
     isPaused_ = true;
-    thread_ = std::jthread([this, file, number = file_](const std::stop_token& stop) {
-        const bool isThere = QFileInfo(file).isReadable();
-        const double duration = isThere ? durationOf(file, stop) : 0;
-        const auto tell = [this, number, isThere, duration] { takeLoaded(number, isThere, duration); };
-        QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+    const auto tell = [this](auto news) { QMetaObject::invokeMethod(this, news, Qt::QueuedConnection); };
+    const QFileInfo entry(file);
+    const quint64 number = number_;
+    if (!entry.isReadable()) return tell([this, number] { takeMissing(number); });
+    const QDateTime modified = entry.lastModified();
+    if (known_->file == file && known_->modified == modified)
+        return tell([this, number] { takeLoaded(number, known_->duration); });
+    thread_ = std::jthread([this, tell, number, file, modified](const std::stop_token& stop) {
+        const Known probed{file, modified, durationOf(file, stop)};
+        tell([this, number, probed] { takeProbed(number, probed); });
     });
 }
 
 void FileEngine::unload() {
-    ++file_;
+    ++number_;
     stage_ = Stage::empty;
     position_ = 0;
     duration_.reset();
     answer(false);
 }
 
-void FileEngine::takeLoaded(quint64 file, bool isThere, double duration) {
-    if (file != file_) return;
-    if (!isThere) {
-        unload();
-        Q_EMIT failed(u"The movie cannot be opened."_s);
-        return;
-    }
+void FileEngine::takeProbed(quint64 number, const Known& file) {
+    if (number == number_) *known_ = file;
+    takeLoaded(number, file.duration);
+}
+
+void FileEngine::takeLoaded(quint64 number, double duration) {
+    if (number != number_) return;
     // What does not tell its length may play all the same.
     if (duration > 0) duration_ = duration;
     stage_ = Stage::ready;
     answer(true);
     Q_EMIT ready();
+}
+
+void FileEngine::takeMissing(quint64 number) {
+    if (number != number_) return;
+    unload();
+    Q_EMIT failed(u"The movie cannot be opened."_s);
 }
 
 void FileEngine::seek(double seconds, Seek /*how*/, Sought done) {

@@ -2,6 +2,8 @@
 
 #include "Platform/Linux/LocalEngine.h"
 
+#include <QDateTime>
+
 #include <thread>
 
 namespace velmora {
@@ -12,7 +14,11 @@ class FileEngine : public LocalEngine {
     Q_OBJECT
 
   public:
-    using LocalEngine::LocalEngine;
+    /// Its engines tell each other how long the file is that they had last: a handover takes a player for
+    /// each attempt, and the television is not to wait for what is known.
+    [[nodiscard]] static Maker maker();
+
+    FileEngine() : FileEngine(std::make_shared<Known>()) {}
     /// Waits for the program that it may have asked.
     ~FileEngine() override;
 
@@ -30,13 +36,23 @@ class FileEngine : public LocalEngine {
 
   private:
     enum class Stage { empty, loading, ready };
+    struct Known {
+        QString file;
+        QDateTime modified;
+        double duration = 0;
+    };
 
-    void takeLoaded(quint64 file, bool isThere, double duration);
+    explicit FileEngine(std::shared_ptr<Known> known) : known_(std::move(known)) {}
+
+    void takeProbed(quint64 number, const Known& file);
+    void takeLoaded(quint64 number, double duration);
+    void takeMissing(quint64 number);
     void answer(bool finished);
 
+    const std::shared_ptr<Known> known_;
     Stage stage_ = Stage::empty;
     bool isPaused_ = true;
-    quint64 file_ = 0;  ///< counts them; news of an older one are dropped
+    quint64 number_ = 0;  ///< of the file; news of an older one are dropped
     double position_ = 0;
     std::optional<double> duration_;
     Sought sought_;  ///< until the file is ready

@@ -1,6 +1,7 @@
 #include "Interface/Application/Linux/LinuxWorld.h"
 
 #include "Interface/Application/Linux/NetworkTelevisions.h"
+#include "Platform/Linux/MpvPlayer.h"
 #include "Platform/Linux/NetworkOutputContext.h"
 
 #include <utility>
@@ -38,7 +39,8 @@ LinuxWorld::LinuxWorld()
       known_(preferences_),
       credentials_(clock_, secrets_),
       network_(clock_, discovery_, {&credentials_, &known_}),
-      players_(clock_, {.lightDisplay = [this] { return power_.lightDisplay(); }}),
+      players_(clock_,
+               {.makeLocal = MpvPlayer::maker({}), .lightDisplay = [this] { return power_.lightDisplay(); }}),
       preparer_(work_),
       artwork_(work_),
       world_{.clock = clock_,

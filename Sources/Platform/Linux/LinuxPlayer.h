@@ -31,7 +31,7 @@ class LinuxPlayer : public Player {
 
   public:
     struct Environment {
-        LocalEngine::Maker makeLocal;
+        LocalEngine::Maker makeLocal;  ///< never empty
         /// Keeps the display lit until the returned object is dropped; may be empty.
         std::function<std::shared_ptr<void>()> lightDisplay{};
     };

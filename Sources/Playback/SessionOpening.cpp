@@ -93,6 +93,7 @@ void Session::prepared(const QUrl& movie, const MoviePreparer::Outcome& outcome,
                    .source = movie,
                    .time = memory_.savedPosition(movie),
                    .play = airPlay_.deviceName().has_value()});
+    chosenTracks_.clear();
 }
 
 void Session::chooseFile() {

@@ -54,7 +54,10 @@ void Session::adopt(std::shared_ptr<Player> player, const Start& start, Progress
     observePlayer();
     std::shared_ptr<PlayerItem> item;
     if (progress == Progress::loadedAndSought) item = player_->currentItem();
-    if (!item) item = world_.players.makeItem(start.file);
+    if (!item) {
+        item = world_.players.makeItem(start.file);
+        preselectTracks(item, Place::here);
+    }
     takeItem(item, start.source);
     setTimeline(currentTime_, memory_.savedDuration(start.source).value_or(0));
     clearTracks();

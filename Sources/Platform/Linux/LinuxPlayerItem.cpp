@@ -112,6 +112,10 @@ void LinuxPlayerItem::takeLoaded(std::optional<double> duration, const QList<Loc
         if (track.isSelected) selected_.at(indexOf(track.kind)) = track.number;
     }
     if (status_ != Status::unknown) return;
+int LinuxPlayerItem::trackCount(Kind kind) const {
+    return static_cast<int>(std::ranges::count(tracks_, kind, &LocalEngine::Track::kind));
+}
+
     status_ = Status::readyToPlay;
     QMetaObject::invokeMethod(this, &LinuxPlayerItem::answerAll, Qt::QueuedConnection);
     Q_EMIT statusChanged();

@@ -48,7 +48,7 @@ bool BusPlayer::call(const QString& method, const QVariantList& arguments) const
 }
 
 Application::Application(Desk& desk, const QStringList& arguments, const LaunchSettings& settings)
-    : desk_(desk), environment_(desk.environment()) {
+    : desk_(desk), scale_(settings.scale), environment_(desk.environment()) {
     if (settings.scale != 1) environment_.insert(u"QT_SCALE_FACTOR"_s, QString::number(settings.scale));
     for (const auto& [name, value] : settings.environment.asKeyValueRange()) environment_.insert(name, value);
     process_.setProcessEnvironment(environment_);
@@ -124,8 +124,21 @@ QImage Application::picture(const DesktopWindow& window) const {
     return {};
 }
 
+namespace {
+
+// The toolkit tells bounds as they would be without scaling.
+void enlarge(Accessible& accessible, double scale) {
+    const QRect told = accessible.bounds;
+    accessible.bounds = QRect((QPointF(told.topLeft()) * scale).toPoint(), told.size() * scale);
+    for (Accessible& child : accessible.children) enlarge(child, scale);
+}
+
+}  // namespace
+
 std::optional<Accessible> Application::tree() const {
-    return desk_.accessibility().tree(pid());
+    auto everything = desk_.accessibility().tree(pid());
+    if (everything) enlarge(*everything, scale_);
+    return everything;
 }
 
 std::optional<Accessible> Application::find(const QString& role, const QString& name,

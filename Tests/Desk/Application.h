@@ -86,6 +86,7 @@ class Application {
     [[nodiscard]] bool openPicker() const;
 
     Desk& desk_;
+    double scale_;
     QProcessEnvironment environment_;
     ChildProcess process_;
     QByteArray output_;

@@ -14,6 +14,11 @@ namespace velmora {
 
 namespace {
 
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Session)
+};
+
 // Seconds. Whatever is this near to the beginning may as well begin there, and a place that is lost so early
 // costs the viewer nothing.
 constexpr double shortestSeek = 1;
@@ -100,7 +105,7 @@ void Session::playbackFailed(const QString& error, const QUrl& source) {
     if (!phase_.ready()) return;
     releaseLater(player_->currentItem());
     stopPlayback();
-    const QString message = error.isEmpty() ? u"The movie stopped unexpectedly."_s : error;
+    const QString message = error.isEmpty() ? Texts::tr("The movie stopped unexpectedly.") : error;
     enter(Phase::Failure{.source = source, .message = message, .canTranscode = !lastWasTranscode_});
 }
 

@@ -2,6 +2,8 @@
 
 #include "Companions/Language.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <utility>
 
@@ -11,6 +13,11 @@ using namespace Qt::StringLiterals;
 using Kind = MediaGroup::Kind;
 
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Player)
+};
 
 std::size_t indexOf(Kind kind) {
     return static_cast<std::size_t>(kind);
@@ -31,7 +38,7 @@ QString channelWords(int channels) {
         case 8:
             return u"7.1"_s;
         default:
-            return u"%1 channels"_s.arg(channels);
+            return Texts::tr("%1 channels").arg(channels);
     }
 }
 
@@ -39,7 +46,7 @@ QString plainName(const LocalEngine::Track& track) {
     if (!track.title.isEmpty()) return track.title;
     const auto code = Language::normalize(track.language);
     const auto name = code ? Language::displayName(*code) : std::nullopt;
-    return name.value_or(u"Track %1"_s.arg(track.number));
+    return name.value_or(Texts::tr("Track %1").arg(track.number));
 }
 
 /// Audio tracks of the same name are told apart by their channels.
@@ -105,6 +112,10 @@ std::optional<int> LinuxPlayerItem::selectedTrack(Kind kind) const {
     return selected_.at(indexOf(kind));
 }
 
+int LinuxPlayerItem::trackCount(Kind kind) const {
+    return static_cast<int>(std::ranges::count(tracks_, kind, &LocalEngine::Track::kind));
+}
+
 void LinuxPlayerItem::takeLoaded(std::optional<double> duration, const QList<LocalEngine::Track>& tracks) {
     duration_ = duration;
     tracks_ = tracks;
@@ -112,10 +123,6 @@ void LinuxPlayerItem::takeLoaded(std::optional<double> duration, const QList<Loc
         if (track.isSelected) selected_.at(indexOf(track.kind)) = track.number;
     }
     if (status_ != Status::unknown) return;
-int LinuxPlayerItem::trackCount(Kind kind) const {
-    return static_cast<int>(std::ranges::count(tracks_, kind, &LocalEngine::Track::kind));
-}
-
     status_ = Status::readyToPlay;
     QMetaObject::invokeMethod(this, &LinuxPlayerItem::answerAll, Qt::QueuedConnection);
     Q_EMIT statusChanged();

@@ -2,6 +2,7 @@
 
 #include "Diagnostics/Log.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <mpv/client.h>
@@ -18,6 +19,11 @@ namespace velmora {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Player)
+};
 
 /// From any thread. Null when mpv does not start.
 mpv_handle* startMpv(const MpvPlayer::Options& options) {
@@ -132,7 +138,9 @@ void MpvPlayer::load(const QString& file) {
 void MpvPlayer::loadNow() {
     setPaused(isPaused_);
     if (mpv_) return send({"loadfile", QFile::encodeName(file_)}, Reply::loading);
-    const auto tell = [this] { Q_EMIT failed(u"The movie cannot be played: libmpv does not start."_s); };
+    const auto tell = [this] {
+        Q_EMIT failed(Texts::tr("The movie cannot be played: libmpv does not start."));
+    };
     QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 }
 

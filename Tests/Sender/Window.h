@@ -69,6 +69,34 @@ class Window {
     std::vector<Phase> phases;
 };
 
+/// One window and its television, whose PIN is typed as soon as it is shown.
+class Pair {
+  public:
+    using Phase = RemotePlayback::Phase;
+
+    Pair(Clock& clock, MediaServer& server, const TelevisionOptions& options)
+        : television(clock, options), window(std::make_unique<Window>(clock, server)) {
+        EXPECT_TRUE(television.listen());
+        QObject::connect(&playback, &RemotePlayback::stateChanged, [this] {
+            if (playback.state().phase == Phase::needsPin) playback.supply(television.pin());
+        });
+    }
+    [[nodiscard]] Phase phase() const { return window->phase(); }
+    [[nodiscard]] double shown() { return television.player().position(); }
+    [[nodiscard]] bool isPlayingBehind(double seconds) {
+        return phase() == Phase::playing && television.showsPicture() && shown() > seconds;
+    }
+    [[nodiscard]] std::string story() const {
+        const QString reason = window ? playback.state().reason : QString();
+        const QString complaints = television.complaints().join(QStringLiteral("; "));
+        return (reason + QStringLiteral(" | ") + complaints).toStdString();
+    }
+
+    Television television;
+    std::unique_ptr<Window> window;
+    RemotePlayback& playback = window->playback;
+};
+
 /// Time that runs faster than it does for a viewer, and movies to play in it.
 class WindowTest : public testing::Test {
   protected:

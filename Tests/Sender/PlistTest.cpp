@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace velmora {
 namespace {
 
@@ -64,6 +66,22 @@ TEST(Plist, RefusesHostileDocuments) {
          {QByteArray(), QByteArray("bplist00"), QByteArray("garbage"), nested(10'000, 1), nested(30, 2),
           manyTags, hidden, outside, QByteArray("bplist00").leftJustified(2'000'000, ' ')})
         EXPECT_FALSE(Plist::decode(hostile).has_value()) << hostile.left(40).toStdString();
+}
+
+TEST(Plist, SurvivesDamage) {
+    const QVariantMap value{{"a", QVariantList{1LL, 2.5, true}}, {"bb", QStringLiteral("text")}};
+    std::mt19937 random(7);  // NOLINT(bugprone-random-generator-seed): the same damage every time
+    int decoded = 0;
+    for (const QByteArray& whole : {Plist::encodeBinary(value), Plist::encodeXml(value)}) {
+        for (int round = 0; round < 5000; ++round) {
+            QByteArray bytes = whole.left(qsizetype(random() % (whole.size() * 4)));
+            for (int hit = 0; hit < 3 && !bytes.isEmpty(); ++hit)
+                bytes[qsizetype(random() % bytes.size())] = char(random());
+            decoded += Plist::decode(bytes).has_value() ? 1 : 0;
+        }
+    }
+    EXPECT_GT(decoded, 0);
+    EXPECT_LT(decoded, 10'000);
 }
 
 }  // namespace

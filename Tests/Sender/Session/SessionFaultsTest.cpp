@@ -178,21 +178,34 @@ TEST_F(SessionFaultsTest, EndsWhatItCouldNotFinish) {
 }
 
 TEST_F(SessionFaultsTest, SteersByTheRemoteControlOrElseByTheQueue) {
-    for (const bool isMute : {false, true}) {
-        switchOn(box, {},
-                 isMute ? test::Misbehaviours{{Misbehaviour::mutesRemote, 0}} : test::Misbehaviours());
+    const test::Misbehaviours cases[] = {
+        {}, {{Misbehaviour::mutesRemote, 0}}, {{Misbehaviour::mutesRemote, 1}}};
+    for (const test::Misbehaviours& misbehaviours : cases) {
+        switchOn(box, {}, misbehaviours);
         ASSERT_TRUE(openAndPlay());
         EXPECT_TRUE(run(control->setRate(1))) << "as whoever called `play` does";
         log.clear();
         EXPECT_TRUE(run(control->setRate(0)));
         EXPECT_TRUE(run(control->seek(20)));
-        EXPECT_EQ(log, isMute ? QStringList({u"setRate 0"_s, u"seek"_s}) : QStringList());
+        EXPECT_EQ(log, misbehaviours.isEmpty() ? QStringList() : QStringList({u"setRate 0"_s, u"seek"_s}));
         EXPECT_TRUE(run(control->stop()));
         control->close();
         EXPECT_TRUE(hears(u"TEARDOWN"_s, 2));
         EXPECT_EQ(log.filter(u"stop"_s).size(), 1);
         EXPECT_EQ(complaints(), "");
     }
+}
+
+TEST_F(SessionFaultsTest, NoticesSilenceByItsSignsOfLife) {
+    switchOn(television, {{u"/feedback"_s, {test::silence, test::silence}}, {u"playbackInfo"_s, {404}}});
+    ASSERT_TRUE(openAndPlay());
+    control->onEvent([](const PlaybackEvent& event) {
+        EXPECT_NE(event.state, PlaybackEvent::State::stopped) << "nobody stopped it";
+    });
+    EXPECT_TRUE(waitFor([&] { return !control->isOpen(); }));
+    const auto reported = run(control->playbackInfo());
+    ASSERT_FALSE(reported);
+    EXPECT_EQ(reported.error().kind, Kind::timeout);
 }
 
 TEST_F(SessionFaultsTest, AsksForThePositionOncePerSecondAndOnlyWhereThatIsAnswered) {

@@ -155,14 +155,18 @@ QString RemoteStream::takeCommand(const Message& received) {
     if (command.has_player_path() && command.player_path().client().bundle() != bundle)
         return u"a command to another player"_s;
     Message result = message(commandResult, received.identifier());
-    const bool done = steer(command.command(), command);
+    const bool done = !refusesCommands() && steer(command.command(), command);
     result.mutable_command_result()->set_send_error(done ? 0 : notSupported);
     result.mutable_command_result()->set_handler_status(0);
     send(result);
-    if (command.command() == int(Command::seek))
+    if (done && command.command() == int(Command::seek))
         tellPlayer(context_.player.state() == State::paused ? paused : playing,
                    command.options().playback_position());
     return {};
+}
+
+bool RemoteStream::refusesCommands() const {
+    return context_.numberOf(Misbehaviour::mutesRemote) > 0;
 }
 
 bool RemoteStream::steer(int command, const remote::SendCommand& options) {
@@ -229,7 +233,8 @@ void RemoteStream::tellPlayer(int playbackState, double position) {
 
 /// In two writes, which may well be two records.
 void RemoteStream::send(const QByteArray& messages) {
-    if (!socket_ || silent_ || context_.does(Misbehaviour::mutesRemote)) return;
+    const bool isMute = context_.does(Misbehaviour::mutesRemote) && !refusesCommands();
+    if (!socket_ || silent_ || isMute) return;
     const QByteArray body = Plist::encodeBinary(SessionMessages::wrapped(messages));
     const quint64 sequence = sequence_++;
     QByteArray bytes = DataFrame{DataFrame::Kind::message, sequence, body}.encoded();

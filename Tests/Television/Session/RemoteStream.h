@@ -39,6 +39,7 @@ class RemoteStream : public QObject {
     [[nodiscard]] QString take(const Message& message);
     [[nodiscard]] QString takeDeviceInfo(const Message& message);
     [[nodiscard]] QString takeCommand(const Message& message);
+    [[nodiscard]] bool refusesCommands() const;
     [[nodiscard]] bool steer(int command, const remote::SendCommand& options);
     void wake();
 

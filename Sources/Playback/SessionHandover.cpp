@@ -79,7 +79,9 @@ QCoro::Task<> Session::handOver(Start start) {
 QCoro::Task<> Session::attempt(Start start, int number) {
     const Ticket ticket(this);
     incomingPlayer_ = makePlayer();
-    incomingPlayer_->replaceCurrentItem(world_.players.makeItem(start.file));
+    const std::shared_ptr<PlayerItem> item = world_.players.makeItem(start.file);
+    preselectTracks(item, Place::television);
+    incomingPlayer_->replaceCurrentItem(item);
     if (start.time && *start.time > shortestSeek) {
         co_await seekBeforePlaying(*start.time, number);
         if (!ticket.isForThisStart()) co_return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sender/Boxes.h"
 #include "Sender/CredentialStore.h"
 #include "Sender/MediaServer.h"
 #include "Sender/RemotePlayback.h"
@@ -31,14 +32,9 @@ inline bool waitFor(const auto& condition, int realSeconds = 20) {
     return condition();
 }
 
-inline QByteArray box(const char* type, const QByteArray& payload) {
-    QByteArray size(4, '\0');
-    qToBigEndian(quint32(payload.size() + 8), size.data());
-    return size + type + payload;
-}
-
 /// The frame of a movie: what a television needs to know how long it is.
 inline QByteArray movie(bool indexFirst) {
+    using Boxes::box;
     QByteArray header(100, '\0');
     qToBigEndian(quint32(1000), header.data() + 12);
     qToBigEndian(quint32(movieSeconds * 1000), header.data() + 16);

@@ -1,5 +1,6 @@
 #include "Interface/Application/VelmoraApp.h"
 
+#include "Playback/MovieResolver.h"
 #include "Playback/World.h"
 
 #include <QGuiApplication>
@@ -16,7 +17,7 @@ VelmoraApp::VelmoraApp(ApplicationWorld& world, Updater& updater, const QDBusCon
       updater_(updater),
       frame_(&engine_),
       appearance_(Appearance::instance(), bus),
-      picker_(engine_),
+      picker_(engine_, bus),
       notifications_(bus),
       taskbar_(bus),
       delegate_([this] { bringToFront(); }),
@@ -87,6 +88,8 @@ void VelmoraApp::run(Command command, MovieWindow* window) {
             return openWindow(std::nullopt);
         case Command::openMovie:
             return chooseMovie(window);
+        case Command::openFolder:
+            return chooseFolder(window);
         case Command::checkForUpdates:
             bringToFront();
             return updater_.checkForUpdates();
@@ -167,7 +170,21 @@ void VelmoraApp::chooseMovie(MovieWindow* window) {
 
 void VelmoraApp::pickMovie(const Desktop::MovieDialog& dialog, Desktop::Picked picked) {
     MovieWindow* window = currentWindow();
-    picker_.pick(dialog, std::move(picked), window ? &window->window() : nullptr);
+    picker_.pick(MoviePicker::What::file, dialog, std::move(picked), window ? &window->window() : nullptr);
+}
+
+void VelmoraApp::chooseFolder(MovieWindow* window) {
+    const Desktop::MovieDialog dialog{.title = tr("Choose the folder of a movie"),
+                                      .message = tr("The largest movie in the folder is opened."),
+                                      .extensions = movieExtensions().values()};
+    const auto picked = [self = QPointer(this),
+                         chooser = QPointer(window)](const std::optional<QUrl>& folder) {
+        if (chooser && folder)
+            chooser->session().open(*folder, false);
+        else if (self && folder)
+            self->openWindow(*folder);
+    };
+    picker_.pick(MoviePicker::What::folder, dialog, picked, window ? &window->window() : nullptr);
 }
 
 void VelmoraApp::showOutcome(const Updater::Outcome& outcome) {

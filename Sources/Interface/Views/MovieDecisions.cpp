@@ -17,7 +17,7 @@ const QString audioPrefix = u"audio:"_s;
 const QString subtitlePrefix = u"subtitle:"_s;
 
 QString tr(const char* text) {
-    return QCoreApplication::translate("MovieScreen", text);
+    return QCoreApplication::translate("velmora::MovieDecisions", text);
 }
 
 QString chosenDevice(const MovieState& state) {

@@ -15,7 +15,7 @@ namespace {
 const QString televisionPrefix = u"tv:"_s;
 
 QString tr(const char* text) {
-    return QCoreApplication::translate("RoutePicker", text);
+    return QCoreApplication::translate("velmora::PickerDecisions", text);
 }
 
 QString asSentence(QString text) {

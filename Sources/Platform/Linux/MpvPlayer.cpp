@@ -2,30 +2,44 @@
 
 #include "Diagnostics/Log.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <mpv/client.h>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <clocale>
 #include <utility>
+#include <vector>
 
 namespace velmora {
 
 using namespace Qt::StringLiterals;
 
-MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : LocalEngine(parent) {
-    std::setlocale(LC_NUMERIC, "C");
-    mpv_ = mpv_create();
-    if (!mpv_) {
+namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Player)
+};
+
+/// From any thread. Null when mpv does not start.
+mpv_handle* startMpv(const MpvPlayer::Options& options) {
+    mpv_handle* const mpv = mpv_create();
+    if (!mpv) {
         logger().error(u"player: libmpv does not start"_s);
-        return;
+        return nullptr;
     }
     const std::pair<const char*, QByteArray> settings[] = {
         {"config", "no"},
         {"terminal", "no"},
         {"load-scripts", "no"},
+        // Its own scripts, each of which has a thread and an interpreter.
+        {"load-auto-profiles", "no"},
+        {"load-osd-console", "no"},
+        {"load-stats-overlay", "no"},
         {"ytdl", "no"},
         // A movie is one file; whatever else it names is not to be opened on its word.
         {"access-references", "no"},
@@ -47,35 +61,86 @@ MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : LocalEngine(pare
         {"vo", "null"},
         {"hwdec", options.hardwareDecoding.toUtf8()},
     };
-    for (const auto& [name, value] : settings) mpv_set_option_string(mpv_, name, value.constData());
-    if (options.isMute) mpv_set_option_string(mpv_, "ao", "null");
-    if (const int error = mpv_initialize(mpv_); error < 0) {
+    for (const auto& [name, value] : settings) mpv_set_option_string(mpv, name, value.constData());
+    if (options.isMute) mpv_set_option_string(mpv, "ao", "null");
+    if (const int error = mpv_initialize(mpv); error < 0) {
         logger().error(u"player: libmpv does not start: "_s + QString::fromUtf8(mpv_error_string(error)));
-        mpv_terminate_destroy(std::exchange(mpv_, nullptr));
-        return;
+        mpv_terminate_destroy(mpv);
+        return nullptr;
     }
-    mpv_request_log_messages(mpv_, "error");
-    mpv_observe_property(mpv_, 0, "time-pos", MPV_FORMAT_DOUBLE);
-    mpv_observe_property(mpv_, 0, "eof-reached", MPV_FORMAT_FLAG);
-    const auto wake = [](void* self) {
-        auto* player = static_cast<MpvPlayer*>(self);
-        QMetaObject::invokeMethod(player, &MpvPlayer::takeEvents, Qt::QueuedConnection);
-    };
-    mpv_set_wakeup_callback(mpv_, wake, this);
+    mpv_request_log_messages(mpv, "error");
+    mpv_observe_property(mpv, 0, "time-pos", MPV_FORMAT_DOUBLE);
+    mpv_observe_property(mpv, 0, "eof-reached", MPV_FORMAT_FLAG);
+    return mpv;
+}
+
+/// On another thread, too, since it waits for all of mpv's own. The process does not end before.
+void endMpv(mpv_handle* mpv) {
+    static std::vector<std::future<void>> ends;
+    std::erase_if(ends, [](const std::future<void>& end) {
+        return end.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    });
+    ends.push_back(std::async(std::launch::async, [mpv] { mpv_terminate_destroy(mpv); }));
+}
+
+}  // namespace
+
+MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : LocalEngine(parent), options_(options) {
+    std::setlocale(LC_NUMERIC, "C");
 }
 
 MpvPlayer::~MpvPlayer() {
+    if (starting_.valid()) mpv_ = starting_.get();
     if (!mpv_) return;
     mpv_set_wakeup_callback(mpv_, nullptr, nullptr);
-    mpv_terminate_destroy(mpv_);
+    endMpv(mpv_);
+}
+
+/// On another thread, as loading the library and starting it takes a good tenth of a second.
+void MpvPlayer::start() {
+    if (mpv_ || starting_.valid()) return;
+    starting_ = std::async(std::launch::async, [this] {
+        mpv_handle* const started = startMpv(options_);
+        QMetaObject::invokeMethod(this, &MpvPlayer::takeStarted, Qt::QueuedConnection);
+        return started;
+    });
+}
+
+void MpvPlayer::takeStarted() {
+    if (!starting_.valid()) return;
+    mpv_ = starting_.get();
+    if (mpv_) {
+        const auto wake = [](void* self) {
+            auto* player = static_cast<MpvPlayer*>(self);
+            QMetaObject::invokeMethod(player, &MpvPlayer::takeEvents, Qt::QueuedConnection);
+        };
+        mpv_set_wakeup_callback(mpv_, wake, this);
+        setKeepsLastPicture(keepsLastPicture_);
+    }
+    if (stage_ == Stage::loading) loadNow();
+}
+
+mpv_handle* MpvPlayer::handle() {
+    start();
+    takeStarted();
+    return mpv_;
 }
 
 void MpvPlayer::load(const QString& file) {
     reset();
     stage_ = Stage::loading;
-    setPaused(true);
-    if (mpv_) return send({"loadfile", QFile::encodeName(file)}, Reply::loading);
-    const auto tell = [this] { Q_EMIT failed(u"The movie cannot be played: libmpv does not start."_s); };
+    file_ = file;
+    isPaused_ = true;
+    start();
+    if (mpv_) loadNow();
+}
+
+void MpvPlayer::loadNow() {
+    setPaused(isPaused_);
+    if (mpv_) return send({"loadfile", QFile::encodeName(file_)}, Reply::loading);
+    const auto tell = [this] {
+        Q_EMIT failed(Texts::tr("The movie cannot be played: libmpv does not start."));
+    };
     QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 }
 
@@ -104,6 +169,7 @@ void MpvPlayer::setPaused(bool paused) {
 }
 
 void MpvPlayer::setKeepsLastPicture(bool on) {
+    keepsLastPicture_ = on;
     set("keep-open", on ? "yes" : "no", Reply::none);
 }
 

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 
@@ -19,8 +20,8 @@ struct mpv_handle;
 
 namespace velmora {
 
-/// Plays one file at a time on this computer, with libmpv. Main thread only; never waits for mpv, but for a
-/// moment on construction and destruction.
+/// Plays one file at a time on this computer, with libmpv, which is loaded for the first file. Main thread
+/// only; never waits for mpv, but for a moment in `handle`.
 ///
 /// mpv shows broken pictures when a track change and a seek overlap, so each waits for the one before, and
 /// the first seek after a track change is made twice.
@@ -57,8 +58,9 @@ class MpvPlayer : public LocalEngine {
     void setKeepsLastPicture(bool on) override;
 
     /// For whoever draws: make a render context of it, then call `setDraws(true)`; before freeing the
-    /// context, `setDraws(false)`. Until then pictures are decoded and not drawn.
-    [[nodiscard]] mpv_handle* handle() const { return mpv_; }
+    /// context, `setDraws(false)`. Until then pictures are decoded and not drawn. Starts mpv where no file
+    /// has done so yet; null when it does not start.
+    [[nodiscard]] mpv_handle* handle();
     void setDraws(bool on);
 
   private:
@@ -72,6 +74,10 @@ class MpvPlayer : public LocalEngine {
     /// What an answer of mpv's is about.
     enum class Reply { none, loading, seekSent, trackChanged, tracks, duration, position };
     static constexpr int replyBits = 4;
+
+    void start();
+    void takeStarted();
+    void loadNow();
 
     void takeEvents();
     void take(const mpv_event& event);
@@ -89,7 +95,11 @@ class MpvPlayer : public LocalEngine {
     void send(const QList<QByteArray>& words, Reply reply);
     void set(const char* property, const QByteArray& value, Reply reply);
 
+    const Options options_;
+    std::future<mpv_handle*> starting_;  ///< valid until its outcome is taken
     mpv_handle* mpv_ = nullptr;
+    QString file_;
+    bool keepsLastPicture_ = true;
     Stage stage_ = Stage::empty;
     bool isPaused_ = true;
     bool hasEnded_ = false;

@@ -59,6 +59,7 @@ void RemoteOutput::attach(const QObject* user, const Receiver& receiver, const R
     isPaused_ = false;
     own_ = State{.phase = Phase::connecting, .position = item.startPosition, .duration = item.duration};
     tellLater();
+        chooseTracks(item.tracks);
     begin(++starts_, wanted);
 }
 
@@ -89,6 +90,7 @@ void RemoteOutput::play(const Begun& begun) {
 }
 
 void RemoteOutput::fail(const QString& reason) {
+    item.tracks = begun_->item.tracks;
     logger().error(u"television: "_s + reason);
     State failed = state();
     failed.phase = Phase::failed;
@@ -145,6 +147,11 @@ void RemoteOutput::finish(std::function<void()> done) {
 }
 
 void RemoteOutput::tellLater() {
+void RemoteOutput::chooseTracks(const TrackChoice& tracks) {
+    begun_->item.tracks = tracks;
+    if (!own_) playback_->chooseTracks(tracks);
+}
+
     QMetaObject::invokeMethod(this, &RemoteOutput::takeState, Qt::QueuedConnection);
 }
 

@@ -52,6 +52,8 @@ class RemoteOutput : public QObject {
 
     /// Stops what plays, and calls `done` from the event loop once the television has answered, or has had
     /// its few seconds for that. For closing a window and for quitting.
+    /// Takes part in the first start where that is still to come, else as of `RemotePlayback`.
+    void chooseTracks(const TrackChoice& tracks);
     void finish(std::function<void()> done);
 
     /// The playback for what else it has to tell and to ask; null before the first movie.

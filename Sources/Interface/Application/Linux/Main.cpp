@@ -4,6 +4,7 @@
 #include "Interface/Application/LaunchOptions.h"
 #include "Interface/Application/Linux/EndRequests.h"
 #include "Interface/Application/Linux/LinuxWorld.h"
+#include "Interface/Translations/Translation.h"
 #include "Interface/Application/VelmoraApp.h"
 #include "Interface/Updater/HttpsUpdateSource.h"
 #include "Interface/Updater/Installation.h"
@@ -12,6 +13,7 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QIcon>
+#include <QLocale>
 
 #include <clocale>
 #include <cstdio>
@@ -101,9 +103,10 @@ int main(int argc, char** argv) {
     if (const auto status = answerAtOnce(argc, argv)) return *status;
     qInstallMessageHandler(logRemark);
     QGuiApplication::setDesktopFileName(u"com.quillet.velmora"_s);
-    const QGuiApplication application(argc, argv);
+    QGuiApplication application(argc, argv);
     // The media player reads and writes numbers as the C locale does.
     std::setlocale(LC_NUMERIC, "C");
+    speak(application, QLocale().uiLanguages(), u":/translations"_s);
     QGuiApplication::setApplicationName(u"velmora"_s);
     QGuiApplication::setApplicationDisplayName(u"Velmora"_s);
     QGuiApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));

@@ -93,7 +93,7 @@ class SessionFaultsTest : public test::WindowTest {
     }
     [[nodiscard]] std::string complaints() const { return tv->complaints().join(u';').toStdString(); }
 
-    test::FastClock clock{20};
+    test::FastClock clock{5};
     std::unique_ptr<test::Television> tv;
     Script answers;
     QStringList log;

@@ -126,6 +126,8 @@ QCoro::Task<> Session::waitForExternalPlayback() {
         const Completion<bool> pause = handoverWaits_.sleep(externalPollInterval);
         co_await pause;
         if (!ticket.isForThisStart()) co_return;
+        // The time counts from when the viewer has done their part.
+        if (airPlay_.awaitsViewer()) poll = -1;
     }
 }
 

@@ -115,6 +115,7 @@ void Session::stopPlayback() {
     player_->pause();
     detachObservers();
     player_->replaceCurrentItem(nullptr);
+    airPlay_.endPlayback();
     setOnAppleTV(false);
 }
 

@@ -2,6 +2,7 @@
 
 #include "Playback/MovieResolver.h"
 #include "Playback/World.h"
+#include "System/Preferences.h"
 
 #include <QGuiApplication>
 
@@ -41,7 +42,7 @@ VelmoraApp::VelmoraApp(ApplicationWorld& world, Updater& updater, const QDBusCon
 VelmoraApp::~VelmoraApp() = default;
 
 void VelmoraApp::take(const LaunchRequest& request) {
-    if (isQuitting_) return;
+    if (isQuitting_ && request.action != LaunchRequest::Action::quit) return;
     activationToken_ = request.activationToken;
     using enum LaunchRequest::Action;
     switch (request.action) {
@@ -139,10 +140,13 @@ void VelmoraApp::noteLeft(const WindowWorld* world) {
         Qt::QueuedConnection);
 }
 
-/// The televisions are told first, which takes a few seconds at most.
+/// The televisions are told first, which takes a few seconds at most; whoever asks again does not want to
+/// wait for that.
 void VelmoraApp::quit() {
-    isQuitting_ = true;
+    if (std::exchange(isQuitting_, true)) return QCoreApplication::quit();
     while (!windows_.empty()) remove(windows_.back().get());
+    // Whoever ends the desktop may not wait either.
+    world_.world().preferences.synchronize();
     if (leaving_.empty()) QCoreApplication::quit();
 }
 

@@ -2,6 +2,7 @@
 
 #include "Diagnostics/Log.h"
 #include "Sender/Discovery/AvahiBrowser.h"
+#include "Sender/Discovery/Naming.h"
 
 #include <QCoreApplication>
 #include <QHostInfo>
@@ -69,7 +70,7 @@ QList<Receiver> named(const QList<Receiver>& receivers, const QString& text) {
     if (const auto exact = withIdentifier(receivers, text)) return {*exact};
     QList<Receiver> matching;
     for (const Receiver& receiver : receivers)
-        if (receiver.name.compare(text, Qt::CaseInsensitive) == 0) matching.append(receiver);
+        if (Naming::isCalled(receiver, text)) matching.append(receiver);
     return matching;
 }
 

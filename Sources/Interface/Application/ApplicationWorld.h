@@ -3,9 +3,12 @@
 #include <functional>
 #include <memory>
 
+class QQuickItem;
+
 namespace velmora {
 
 class OutputContext;
+class Player;
 class Televisions;
 struct World;
 
@@ -36,6 +39,11 @@ class ApplicationWorld {
 
     [[nodiscard]] virtual World& world() = 0;
     [[nodiscard]] virtual std::unique_ptr<WindowWorld> makeWindowWorld() = 0;
+
+    /// Shows what the player shows on this computer, as large as it is made and with the still's round
+    /// corners; transparent until there is a picture. Not shown twice at a time. Null where the player has no
+    /// pictures.
+    [[nodiscard]] virtual std::unique_ptr<QQuickItem> makeLivePicture(Player& player) = 0;
 };
 
 }  // namespace velmora

@@ -26,6 +26,12 @@ T.ApplicationWindow {
         movie: window.controller.movie
         routes: window.controller.routes
         mainMenu: window.controller.menu
+
+        liveLayer: Component {
+            LiveLayer {
+                controller: window.controller
+            }
+        }
     }
 
     MessageDialog {

@@ -17,11 +17,12 @@ using namespace Qt::StringLiterals;
 
 MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : QObject(parent) {
     std::setlocale(LC_NUMERIC, "C");
-    mpv_ = mpv_create();
-    if (!mpv_) {
+    mpv_handle* const mpv = mpv_create();
+    if (!mpv) {
         logger().error(u"player: libmpv does not start"_s);
         return;
     }
+    mpv_.reset(mpv, mpv_terminate_destroy);
     const std::pair<const char*, QByteArray> settings[] = {
         {"config", "no"},
         {"terminal", "no"},
@@ -44,30 +45,33 @@ MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : QObject(parent) 
         {"cover-art-auto", "no"},
         {"audio-client-name", "Velmora"},
         {"audio-fallback-to-null", "yes"},
+        // A picture fills the place it has, which is of its own ratio but for rounding.
+        {"panscan", "1"},
         {"vo", "null"},
         {"hwdec", options.hardwareDecoding.toUtf8()},
     };
-    for (const auto& [name, value] : settings) mpv_set_option_string(mpv_, name, value.constData());
-    if (options.isMute) mpv_set_option_string(mpv_, "ao", "null");
-    if (const int error = mpv_initialize(mpv_); error < 0) {
+    for (const auto& [name, value] : settings) mpv_set_option_string(mpv, name, value.constData());
+    if (options.isMute) mpv_set_option_string(mpv, "ao", "null");
+    if (const int error = mpv_initialize(mpv); error < 0) {
         logger().error(u"player: libmpv does not start: "_s + QString::fromUtf8(mpv_error_string(error)));
-        mpv_terminate_destroy(std::exchange(mpv_, nullptr));
+        mpv_.reset();
         return;
     }
-    mpv_request_log_messages(mpv_, "error");
-    mpv_observe_property(mpv_, 0, "time-pos", MPV_FORMAT_DOUBLE);
-    mpv_observe_property(mpv_, 0, "eof-reached", MPV_FORMAT_FLAG);
+    mpv_request_log_messages(mpv, "error");
+    mpv_observe_property(mpv, 0, "time-pos", MPV_FORMAT_DOUBLE);
+    mpv_observe_property(mpv, 0, "eof-reached", MPV_FORMAT_FLAG);
     const auto wake = [](void* self) {
         auto* player = static_cast<MpvPlayer*>(self);
         QMetaObject::invokeMethod(player, &MpvPlayer::takeEvents, Qt::QueuedConnection);
     };
-    mpv_set_wakeup_callback(mpv_, wake, this);
+    mpv_set_wakeup_callback(mpv, wake, this);
 }
 
 MpvPlayer::~MpvPlayer() {
     if (!mpv_) return;
-    mpv_set_wakeup_callback(mpv_, nullptr, nullptr);
-    mpv_terminate_destroy(mpv_);
+    mpv_set_wakeup_callback(mpv_.get(), nullptr, nullptr);
+    // Somebody may still have to take down what it draws with.
+    if (mpv_.use_count() > 1) send({"stop"}, Reply::none);
 }
 
 void MpvPlayer::load(const QString& file) {
@@ -105,11 +109,6 @@ void MpvPlayer::setPaused(bool paused) {
 
 void MpvPlayer::setKeepsLastPicture(bool on) {
     set("keep-open", on ? "yes" : "no", Reply::none);
-}
-
-void MpvPlayer::setDraws(bool on) {
-    // At once: whoever calls is about to free what mpv draws with, or has just made it.
-    if (mpv_) mpv_set_property_string(mpv_, "vo", on ? "libmpv" : "null");
 }
 
 std::optional<double> MpvPlayer::position() const {
@@ -174,13 +173,13 @@ void MpvPlayer::send(const QList<QByteArray>& words, Reply reply) {
     if (!mpv_) return;
     std::array<const char*, 8> pointers{};
     for (qsizetype index = 0; index < words.size(); ++index) pointers.at(index) = words[index].constData();
-    mpv_command_async(mpv_, tagged(reply), pointers.data());
+    mpv_command_async(mpv_.get(), tagged(reply), pointers.data());
 }
 
 void MpvPlayer::set(const char* property, const QByteArray& value, Reply reply) {
     if (!mpv_) return;
     const char* text = value.constData();
-    mpv_set_property_async(mpv_, tagged(reply), property, MPV_FORMAT_STRING, static_cast<void*>(&text));
+    mpv_set_property_async(mpv_.get(), tagged(reply), property, MPV_FORMAT_STRING, static_cast<void*>(&text));
 }
 
 }  // namespace velmora

@@ -82,10 +82,9 @@ class MpvPlayer : public QObject {
     /// Whether the last picture stays at the end.
     void setKeepsLastPicture(bool on);
 
-    /// For whoever draws: make a render context of it, then call `setDraws(true)`; before freeing the
-    /// context, `setDraws(false)`. Until then pictures are decoded and not drawn.
-    [[nodiscard]] mpv_handle* handle() const { return mpv_; }
-    void setDraws(bool on);
+    /// For whoever draws, see `MpvPicture`; until then pictures are decoded and not drawn. Null when libmpv
+    /// does not start. Whoever keeps it keeps mpv, which falls silent all the same once the player is gone.
+    [[nodiscard]] const std::shared_ptr<mpv_handle>& handle() const { return mpv_; }
 
   Q_SIGNALS:
     void ready();
@@ -122,7 +121,7 @@ class MpvPlayer : public QObject {
     void send(const QList<QByteArray>& words, Reply reply);
     void set(const char* property, const QByteArray& value, Reply reply);
 
-    mpv_handle* mpv_ = nullptr;
+    std::shared_ptr<mpv_handle> mpv_;
     Stage stage_ = Stage::empty;
     bool isPaused_ = true;
     bool hasEnded_ = false;

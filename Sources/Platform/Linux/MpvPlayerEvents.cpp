@@ -94,7 +94,7 @@ void note(const mpv_event_log_message& message) {
 void MpvPlayer::takeEvents() {
     const QPointer<MpvPlayer> alive(this);
     while (alive && mpv_) {
-        const mpv_event& event = *mpv_wait_event(mpv_, 0);
+        const mpv_event& event = *mpv_wait_event(mpv_.get(), 0);
         if (event.event_id == MPV_EVENT_NONE) return;
         take(event);
     }
@@ -175,13 +175,13 @@ void MpvPlayer::takeProperty(const mpv_event_property& property) {
 void MpvPlayer::takeRestart() {
     if (playingEntry_ != awaitedEntry_) return;
     if (stage_ == Stage::loading && !std::exchange(isAsking_, true)) {
-        mpv_get_property_async(mpv_, tagged(Reply::tracks), "track-list", MPV_FORMAT_NODE);
-        mpv_get_property_async(mpv_, tagged(Reply::duration), "duration", MPV_FORMAT_DOUBLE);
-        mpv_get_property_async(mpv_, tagged(Reply::position), "time-pos", MPV_FORMAT_DOUBLE);
+        mpv_get_property_async(mpv_.get(), tagged(Reply::tracks), "track-list", MPV_FORMAT_NODE);
+        mpv_get_property_async(mpv_.get(), tagged(Reply::duration), "duration", MPV_FORMAT_DOUBLE);
+        mpv_get_property_async(mpv_.get(), tagged(Reply::position), "time-pos", MPV_FORMAT_DOUBLE);
     } else if (seeking_ && !isSettling_) {
         if (std::exchange(haveTracksChanged_, false)) return sendSeek();
         isSettling_ = true;
-        mpv_get_property_async(mpv_, tagged(Reply::position), "time-pos", MPV_FORMAT_DOUBLE);
+        mpv_get_property_async(mpv_.get(), tagged(Reply::position), "time-pos", MPV_FORMAT_DOUBLE);
     }
 }
 

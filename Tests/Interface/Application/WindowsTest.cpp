@@ -48,6 +48,7 @@ class Windows : public testing::Test, public ApplicationWorld {
         window->context.device = story.context.device;
         return window;
     }
+    [[nodiscard]] std::unique_ptr<QQuickItem> makeLivePicture(Player& /*player*/) override { return {}; }
 
     [[nodiscard]] QStringList titles() const {
         QStringList titles;

@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QIcon>
+#include <QQuickWindow>
 
 #include <clocale>
 #include <cstdio>
@@ -101,6 +102,8 @@ int main(int argc, char** argv) {
     if (const auto status = answerAtOnce(argc, argv)) return *status;
     qInstallMessageHandler(logRemark);
     QGuiApplication::setDesktopFileName(u"com.quillet.velmora"_s);
+    // What the movie's pictures can be drawn with; without it, Qt and they go on on the processor.
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL);
     const QGuiApplication application(argc, argv);
     // The media player reads and writes numbers as the C locale does.
     std::setlocale(LC_NUMERIC, "C");

@@ -15,7 +15,8 @@ else()
 endif()
 if(VELMORA_SANITIZE)
     target_compile_options(velmora_options INTERFACE
-        -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+        -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer
+        -g1)  # lines are enough for a report, and the build is shorter
     target_link_options(velmora_options INTERFACE -fsanitize=address,undefined)
 endif()
 
@@ -42,6 +43,10 @@ function(velmora_test name)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE VelmoraTestSupport ${ARG_DEPENDS} GTest::gmock)
     set_target_properties(${name} PROPERTIES AUTOMOC ON RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    if(NOT TARGET ${ARG_LABEL}-tests)
+        add_custom_target(${ARG_LABEL}-tests)  # to build only what a label's tests need
+    endif()
+    add_dependencies(${ARG_LABEL}-tests ${name})
     gtest_discover_tests(${name}
         TEST_PREFIX ${name}.
         DISCOVERY_TIMEOUT 60

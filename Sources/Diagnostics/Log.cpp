@@ -4,13 +4,14 @@
 
 #include <QDir>
 #include <QFile>
-#include <QTime>
 
 #include <sys/uio.h>
 
 #include <array>
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
+#include <ctime>
 
 // The place of the call in this file says nothing.
 #define SD_JOURNAL_SUPPRESS_LOCATION
@@ -31,6 +32,18 @@ QString logFile() {
     QString folder = qEnvironmentVariable("XDG_STATE_HOME");
     if (!QDir::isAbsolutePath(folder)) folder = QDir::homePath() + u"/.local/state"_s;
     return folder + u"/Logs/Velmora/velmora.log"_s;
+}
+
+/// Without Qt's formatting, whose tables are gone while other threads still log at the process's end.
+QByteArray timeNow() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm local{};
+    localtime_r(&now.tv_sec, &local);
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%02d:%02d:%02d.%03ld", local.tm_hour, local.tm_min, local.tm_sec,
+                  now.tv_nsec / 1'000'000);
+    return text.data();
 }
 
 QByteArray field(const char* name, const QByteArray& value) {
@@ -76,8 +89,7 @@ void Diagnostics::finish() {
 
 void Diagnostics::log(Level level, const QString& message) {
     const bool isError = level == Level::error;
-    const QString time = QTime::currentTime().toString(u"HH:mm:ss.zzz");
-    const QByteArray text = (time + (isError ? " [error] "_L1 : " [notice] "_L1) + message + u'\n').toUtf8();
+    const QByteArray text = timeNow() + (isError ? " [error] " : " [notice] ") + message.toUtf8() + '\n';
     LogWriter::Line line{text, {}};
     if (!hasJournal_ && standardErrorFallback) {
         line.forStandardError = QByteArray(subsystem) + ' ' + category + ' ' + text;

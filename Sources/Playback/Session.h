@@ -248,6 +248,7 @@ class Session : public QObject {
     double duration_ = 0;
     bool isSeeking_ = false;
     int seekGeneration_ = 0;
+    int toggles_ = 0;  ///< of playing and pausing, by the viewer
 
     std::optional<MediaGroup> subtitleGroup_;
     std::optional<MediaGroup> audioGroup_;

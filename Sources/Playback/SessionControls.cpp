@@ -51,6 +51,7 @@ void Session::finishSeek() {
 
 void Session::togglePlayPause() {
     if (!canControlPlayback()) return;
+    ++toggles_;
     if (player_->timeControlStatus() == Player::TimeControlStatus::paused)
         player_->play();
     else

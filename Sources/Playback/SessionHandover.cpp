@@ -29,6 +29,13 @@ PlayerItem::Status statusOf(const Player& player) {
     return item ? item->status() : PlayerItem::Status::unknown;
 }
 
+/// The file may have been replaced by a shorter one since the place was remembered.
+bool isBehindTheEnd(const Player& player, const std::optional<double>& time) {
+    const auto item = player.currentItem();
+    const double duration = item ? item->duration().value_or(0) : 0;
+    return time && duration > 0 && *time >= duration;
+}
+
 QString outcomeOf(const Player& player) {
     const auto item = player.currentItem();
     const QString status = item ? QString::number(static_cast<int>(item->status())) : u"-1"_s;
@@ -63,6 +70,7 @@ QCoro::Task<> Session::handOver(Start start) {
     std::shared_ptr<Player> player = std::exchange(incomingPlayer_, nullptr);
     player->setPausesAtEnd(true);
     player->setPreventsDisplaySleep(true);
+    if (isBehindTheEnd(*player, start.time)) start.time.reset();
     start.play = true;
     adopt(std::move(player), start, Progress::loadedAndSought);
     if (ticket.isForThisStart()) setHandingOverTo({});
@@ -89,6 +97,11 @@ QCoro::Task<> Session::seekBeforePlaying(double target, int number) {
         const Completion<bool> pause = handoverWaits_.sleep(statusPollInterval);
         co_await pause;
         if (!ticket.isForThisStart()) co_return;
+    }
+    if (isBehindTheEnd(*incomingPlayer_, target)) {
+        noteAttempt(number,
+                    u"%1s is behind the end, from the beginning"_s.arg(SessionText::wholeSeconds(target)));
+        co_return;
     }
     bool hasLanded = false;
     if (statusOf(*incomingPlayer_) == PlayerItem::Status::readyToPlay) {

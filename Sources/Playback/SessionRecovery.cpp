@@ -45,12 +45,14 @@ QCoro::Task<> Session::verifyResume(double target) {
 
 QCoro::Task<> Session::nudgeIfStillPaused() {
     const Ticket ticket(this);
+    const int toggles = toggles_;
     int attempt = 0;
     for (const Clock::Duration delay : nudgeDelays) {
         ++attempt;
         const Completion<bool> pause = waits_.sleep(delay);
         co_await pause;
-        if (!ticket.isForThisPlayer() || !airPlay_.deviceName()) co_return;
+        // A viewer who paused it meanwhile wants it paused.
+        if (!ticket.isForThisPlayer() || !airPlay_.deviceName() || toggles_ != toggles) co_return;
         if (player_->timeControlStatus() != Player::TimeControlStatus::paused) co_return;
         // While the device comes and goes, playing would go on here.
         if (lastExternalDrop_ && world_.clock.now() - *lastExternalDrop_ < nudgeRestsAfterDrop) continue;

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Sender/Channel.h"
-#include "Sender/Completion.h"
 #include "Sender/Message.h"
 #include "Sender/Pairing/Digest.h"
 #include "System/Clock.h"
+#include "System/Completion.h"
 
 #include <QCoroTask>
 #include <QObject>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Sender/Completion.h"
 #include "Sender/Credentials.h"
 #include "Sender/SecretVault.h"
 #include "System/Clock.h"
+#include "System/Completion.h"
 
 #include <QHash>
 #include <QString>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Sender/Completion.h"
 #include "Sender/ConnectionError.h"
 #include "Sender/Receiver.h"
 #include "Sender/TcpChannel.h"
 #include "System/Clock.h"
+#include "System/Completion.h"
 
 #include <QCoroTask>
 #include <QHostAddress>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Sender/Completion.h"
 #include "Sender/MediaServer.h"
 #include "Sender/PlaybackWatch.h"
 #include "Sender/RemotePlayback.h"
 #include "Sender/VideoControl.h"
+#include "System/Completion.h"
 
 #include <QCoroTask>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Sender/Channel.h"
-#include "Sender/Completion.h"
 #include "System/Clock.h"
+#include "System/Completion.h"
 
 #include <QTcpSocket>
 

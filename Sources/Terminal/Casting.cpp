@@ -3,17 +3,14 @@
 #include "Companions/Durations.h"
 #include "Diagnostics/Log.h"
 #include "Playback/MovieResolver.h"
-#include "Playback/PositionMemory.h"
+#include "Playback/Session.h"
 #include "Sender/Discovery/Discovery.h"
-#include "Sender/MediaServer.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/Terminal.h"
 #include "Terminal/TerminalText.h"
 
-#include <QFileInfo>
 #include <QPointer>
 
-#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -24,23 +21,14 @@ using namespace std::chrono_literals;
 
 namespace {
 
-using Phase = RemotePlayback::Phase;
-
 constexpr auto tickInterval = 500ms;
-constexpr int ticksPerMemory = 10;  // the position is noted every five seconds
-
-// Arrows pressed within this time of each other add up, before the television has followed the first one.
-constexpr auto seekPatience = 1500ms;
 
 // Televisions ask for the movie once more after they were told to stop; a closed port would look like a
 // fault.
 constexpr auto lastRequests = 1s;
 
-// Past what RemotePlayback itself allows a television for its answer.
-constexpr auto stopPatience = 8s;
-
-bool isMoving(Phase phase) {
-    return phase == Phase::playing || phase == Phase::paused;
+bool isMoving(RemotePlayback::Phase phase) {
+    return phase == RemotePlayback::Phase::playing || phase == RemotePlayback::Phase::paused;
 }
 
 }  // namespace
@@ -49,17 +37,15 @@ Casting::Casting(const CommandLine& line, const World& world)
     : line_(line),
       terminal_(world.terminal),
       clock_(world.clock),
-      memory_(world.memory),
+      memory_(world.preferences),
       discovery_(world.discovery),
-      memoryOfReceivers_(world.memoryOfReceivers),
-      finder_(world.clock, world.discovery, *world.memoryOfReceivers.known) {
-    connect(&job_, &PreparationJob::updated, this, [this](const auto& update) {
-        if (report_) report_->show(update);
-    });
-    connect(&job_, &PreparationJob::finished, this, &Casting::takePrepared);
+      parts_(world.clock, world.preferences, world.discovery, world.memoryOfReceivers),
+      finder_(parts_.network(), world.discovery, *world.memoryOfReceivers.known) {
     connect(&terminal_, &Terminal::keyPressed, this, &Casting::press);
     connect(&terminal_, &Terminal::lineEntered, this, &Casting::answer);
     connect(&terminal_, &Terminal::inputEnded, this, &Casting::leaveUnanswered);
+    // Queued, so that the session has heard it first.
+    connect(&output(), &RemoteOutput::stateChanged, this, &Casting::followTelevision, Qt::QueuedConnection);
 }
 
 Casting::~Casting() = default;
@@ -72,7 +58,8 @@ void Casting::start() {
     find();
 }
 
-// It is found again when it is needed; but after a long preparation is no time to learn of a typing error.
+// The session finds it again when it is needed; but after a long preparation is no time to learn of a typing
+// error.
 QCoro::Task<> Casting::find() {
     const QPointer<Casting> alive = this;
     const QString looking = u"Looking for %1…"_s.arg(line_.television);
@@ -81,103 +68,104 @@ QCoro::Task<> Casting::find() {
     if (!alive || isOver_ || isInterrupted_) co_return;
     terminal_.clearLine();
     if (found) {
-        television_ = *found;
-        prepare();
+        television_ = found->name;
+        parts_.context().choose(*found);
+        open();
     } else {
         fail(found.error());
     }
 }
 
-void Casting::prepare() {
-    logger().notice(
-        u"open %1 forceTranscode=%2"_s.arg(movie_.toLocalFile(), line_.reEncode ? u"true"_s : u"false"_s));
+void Casting::open() {
+    if (line_.startOver) memory_.forget(movie_);
     report_.emplace(terminal_, movie_);
-    job_.start(movie_, line_.reEncode);
+    session_ = parts_.makeSession();
+    // Queued, as what follows may end the session.
+    connect(session_.get(), &Session::phaseChanged, this, &Casting::followSession, Qt::QueuedConnection);
+    connect(session_.get(), &Session::routeChanged, this, &Casting::followTelevision, Qt::QueuedConnection);
+    connect(session_.get(), &Session::playingChanged, this, &Casting::goOnWaiting, Qt::QueuedConnection);
+    session_->open(movie_, line_.reEncode);
 }
 
-void Casting::takePrepared() {
-    const PreparationJob::Outcome& outcome = job_.outcome();
-    report_->finish(outcome);
-    report_.reset();
-    if (isInterrupted_) return finish(interruptedStatus);
-    if (!outcome) return finish(failedStatus);
-    reach(*outcome);
-}
-
-QCoro::Task<> Casting::reach(PreparedMovie prepared) {
-    const QPointer<Casting> alive = this;
-    const TelevisionFinder::Found found = co_await finder_.resolve(television_);
-    if (!alive || isOver_ || isInterrupted_) co_return;
-    if (found) {
-        television_ = *found;
-        play(prepared);
-    } else {
-        fail(found.error());
+void Casting::followSession() {
+    if (!session_ || isOver_) return;
+    const SessionPhase phase = session_->phase();
+    if (const auto* preparing = phase.preparing()) {
+        if (report_) report_->show({preparing->progress, preparing->stage, preparing->eta});
+    } else if (const auto* ready = phase.ready()) {
+        if (report_) startPlaying(ready->note);
+    } else if (const auto* failed = phase.failed()) {
+        if (!report_) return fail(failed->message);
+        report_->fail(failed->message);
+        finish(failedStatus);
     }
 }
 
-void Casting::play(const PreparedMovie& prepared) {
-    auto server = MediaServer::start();
-    if (!server) return fail(server.error());
-    server_ = std::move(*server);
-    playback_ = std::make_unique<RemotePlayback>(clock_, *server_, memoryOfReceivers_);
-    connect(playback_.get(), &RemotePlayback::stateChanged, this, &Casting::takeState);
-
-    const double position = startPosition(prepared.duration);
-    const QString file = prepared.result.file.toLocalFile();
-    logger().notice(u"playing %1 on %2 from %3s"_s.arg(QFileInfo(file).fileName(), television_.name)
-                        .arg(static_cast<qint64>(position)));
-    playback_->play(television_, {file, prepared.duration, position});
+void Casting::startPlaying(const QString& note) {
+    report_->succeed(note);
+    report_.reset();
     terminal_.startKeys();
     tick();
 }
 
-double Casting::startPosition(double duration) {
-    if (line_.startOver) memory_.forget(movie_);
-    const double saved = memory_.savedPosition(movie_).value_or(0);
-    // The file may have been replaced by a shorter one.
-    if (saved == 0 || (duration > 0 && saved >= duration)) return 0;
-    terminal_.print(
-        u"Resuming at %1; --start-over plays from the beginning."_s.arg(Durations::clockTime(saved)));
-    return saved;
+/// The television's state, as far as the session has come with it: nothing can be steered before.
+RemotePlayback::State Casting::state() {
+    State state = output().state();
+    if (state.phase == Phase::idle) state.phase = Phase::connecting;
+    if (isMoving(state.phase) && session_ && !session_->canControlPlayback()) state.phase = Phase::loading;
+    return state;
 }
 
-void Casting::takeState() {
-    if (isOver_) return;
-    const RemotePlayback::State state = playback_->state();
-    if (isMoving(state.phase)) moving_ = state;
-    if (state.phase == Phase::playing) mayComeBack_ = true;
-    if (state.phase == Phase::paused && toldPhase_ != Phase::paused) rememberPosition();
-    if (comesBack(state)) return;
-    ask(state);
-    if (state.phase != toldPhase_) tellPhase(state);
-    if (state.isOver()) return conclude(state);
+void Casting::followTelevision() {
+    if (isOver_ || isStopping_ || output().state().phase == Phase::idle) return;
+    const State now = state();
+    tellStart(now);
+    if (isMoving(now.phase)) wasPaused_ = now.phase == Phase::paused;
+    if (now.phase == Phase::playing) hasMoved_ = true;
+    if (isComingBack(now)) return;
+    ask(now);
+    if (now.phase != toldPhase_) tellPhase(now);
+    if (now.isOver()) return conclude(now);
     redraw();
 }
 
-void Casting::tellPhase(const RemotePlayback::State& state) {
+void Casting::tellStart(const State& state) {
+    if (std::exchange(isStartTold_, true) || state.position == 0) return;
+    terminal_.print(u"Resuming at %1; --start-over plays from the beginning."_s.arg(
+        Durations::clockTime(state.position)));
+}
+
+void Casting::tellPhase(const State& state) {
     toldPhase_ = state.phase;
     // On a terminal the line itself tells.
     if (terminal_.isInteractive()) return;
     if (state.phase == Phase::playing)
-        terminal_.print(u"Playing on %1"_s.arg(television_.name));
+        terminal_.print(u"Playing on %1"_s.arg(television_));
     else if (state.phase == Phase::paused)
         terminal_.print(u"Paused at %1"_s.arg(Durations::clockTime(state.position)));
 }
 
-// Televisions fall off the network and come back; no one has to sit there and type.
-bool Casting::comesBack(const RemotePlayback::State& state) {
-    if (state.phase != Phase::dropped || !mayComeBack_ || isStopping_) return false;
-    mayComeBack_ = false;
-    rememberPosition();
-    logger().notice(u"playback: dropped, trying again"_s);
-    terminal_.clearLine();
-    terminal_.print(state.reason + u" Trying again…"_s);
-    playback_->reattach();
-    return true;
+/// Televisions fall off the network and come back, and the session sees to that; no one has to sit there and
+/// type. One that falls off again before its picture has moved is left alone.
+bool Casting::isComingBack(const State& state) {
+    if (state.phase != Phase::dropped) {
+        isAttaching_ = false;
+    } else if (std::exchange(hasMoved_, false)) {
+        isAttaching_ = true;
+        terminal_.clearLine();
+        terminal_.print(state.reason + u" Trying again…"_s);
+    }
+    return isAttaching_;
 }
 
-void Casting::ask(const RemotePlayback::State& state) {
+/// The session stops waiting for a picture after a while, and a viewer in front of a window would be asked
+/// whether to try again. A television may take much longer to wake up, or to be given its PIN.
+void Casting::goOnWaiting() {
+    if (!session_ || isOver_ || wasPaused_ || session_->isPlaying() || !session_->isStalled()) return;
+    if (isAttaching_ || !output().state().isOver()) session_->retryHandover();
+}
+
+void Casting::ask(const State& state) {
     const bool wantsPin = state.phase == Phase::needsPin;
     if (!wantsPin && state.phase != Phase::needsPassword) {
         askingLater_.cancel();
@@ -187,90 +175,76 @@ void Casting::ask(const RemotePlayback::State& state) {
     if (!state.reason.isEmpty() && state.phase != toldPhase_) terminal_.print(state.reason);
     toldPhase_ = state.phase;
     if (state.retryIn > 0) {
-        const QString wait = u"%1 takes no PIN for another %2 s."_s.arg(television_.name)
+        const QString wait = u"%1 takes no PIN for another %2 s."_s.arg(television_)
                                  .arg(static_cast<int>(std::ceil(state.retryIn)));
         terminal_.showLine(TerminalText::fit(wait, terminal_.look().columns));
-        askingLater_ = clock_.after(tickInterval, [this] { ask(playback_->state()); });
+        askingLater_ = clock_.after(tickInterval, [this] { ask(this->state()); });
         return;
     }
     const QString what = wantsPin ? u"The PIN that %1 shows: "_s : u"The AirPlay password of %1: "_s;
-    terminal_.ask(what.arg(television_.name), !wantsPin);
+    terminal_.ask(what.arg(television_), !wantsPin);
 }
 
 void Casting::answer(const QString& secret) {
-    if (!playback_ || isOver_) return;
+    if (isOver_ || !output().playback()) return;
     toldPhase_ = Phase::connecting;  // so that a second question tells why
-    playback_->supply(secret.trimmed());
+    output().playback()->supply(secret.trimmed());
 }
 
 void Casting::leaveUnanswered() {
-    const bool wantsPin = playback_->state().phase == Phase::needsPin;
-    isStopping_ = true;
-    playback_->stop();
+    const bool wantsPin = state().phase == Phase::needsPin;
     fail((wantsPin ? u"%1 asks for the PIN on its screen, and nobody is there to type it."_s
                    : u"%1 asks for its AirPlay password, and nobody is there to type it."_s)
-             .arg(television_.name));
+             .arg(television_));
 }
 
 void Casting::redraw() {
-    if (report_) report_->redraw();
-    if (!playback_ || isOver_ || playback_->state().retryIn > 0) return;
-    terminal_.showLine(ProgressLine::playing(playback_->state(), television_.name, terminal_.look()));
+    if (report_) return report_->redraw();
+    if (!session_ || isOver_) return;
+    const State now = state();
+    if (now.retryIn <= 0) terminal_.showLine(ProgressLine::playing(now, television_, terminal_.look()));
 }
 
 void Casting::tick() {
-    const RemotePlayback::State state = playback_->state();
-    if (isMoving(state.phase)) moving_ = state;
-    if (state.phase == Phase::playing && ++ticks_ % ticksPerMemory == 0) rememberPosition();
     redraw();
     ticking_ = clock_.after(tickInterval, [this] { tick(); });
 }
 
 void Casting::press(Key key) {
-    if (!playback_ || isOver_ || isStopping_) return;
-    const Phase phase = playback_->state().phase;
-    if (key == Key::quit) return stop();
-    if (!isMoving(phase)) return;
+    if (!session_ || isOver_ || isStopping_) return;
     switch (key) {
+        case Key::quit:
+            return stop();
         case Key::playPause:
-            return phase == Phase::playing ? playback_->pause() : playback_->resume();
+            return session_->togglePlayPause();
         case Key::back:
             return skip(-10);
         case Key::forward:
             return skip(10);
         case Key::backMinute:
             return skip(-60);
-        default:
+        case Key::forwardMinute:
             return skip(60);
     }
 }
 
+/// From the target of the seek before, where there is one under way.
 void Casting::skip(double seconds) {
-    seekTarget_ = std::max(0.0, seekTarget_.value_or(playback_->state().position) + seconds);
-    if (moving_.duration > 0) seekTarget_ = std::min(*seekTarget_, moving_.duration);
-    seekSettling_ = clock_.after(seekPatience, [this] { seekTarget_.reset(); });
-    playback_->seek(*seekTarget_);
+    session_->seek(output().state().position + seconds);
 }
 
 void Casting::stop() {
-    if (isStopping_) return;
-    isStopping_ = true;
-    rememberPosition();
-    playback_->stop();
-    if (isOver_) return;
-    leaving_ = clock_.after(stopPatience, [this] { conclude(playback_->state()); });
+    if (std::exchange(isStopping_, true)) return;
+    ticking_.cancel();
+    session_.reset();
+    output().finish([this] { conclude(state()); });
 }
 
-void Casting::rememberPosition() {
-    if (isMoving(moving_.phase)) memory_.remember(movie_, moving_.position, moving_.duration);
-}
-
-void Casting::conclude(const RemotePlayback::State& state) {
+void Casting::conclude(const State& state) {
     isOver_ = true;
     ticking_.cancel();
     terminal_.stopAsking();
-    if (state.phase == Phase::ended) moving_.position = moving_.duration;
-    rememberPosition();
+    session_.reset();
     terminal_.clearLine();
     terminal_.print(farewell(state));
     const bool isFault = !isStopping_ && (state.phase == Phase::failed || state.phase == Phase::dropped);
@@ -279,7 +253,7 @@ void Casting::conclude(const RemotePlayback::State& state) {
     leaving_ = clock_.after(lastRequests, [this, status] { finish(status); });
 }
 
-QString Casting::farewell(const RemotePlayback::State& state) const {
+QString Casting::farewell(const State& state) const {
     if (state.phase == Phase::ended) return u"The movie is over."_s;
     const QString what = !isStopping_ && !state.reason.isEmpty() ? state.reason : u"Stopped."_s;
     const auto saved = memory_.savedPosition(movie_);
@@ -290,8 +264,9 @@ QString Casting::farewell(const RemotePlayback::State& state) const {
 void Casting::interrupt() {
     if (isOver_) return;  // on the way out already
     isInterrupted_ = true;
-    if (playback_) return stop();
-    if (report_) return job_.cancel();
+    if (session_ && session_->phase().ready()) return stop();
+    if (isStopping_) return;
+    session_.reset();
     finish(interruptedStatus);
 }
 
@@ -299,6 +274,7 @@ void Casting::fail(const QString& reason) {
     isOver_ = true;
     ticking_.cancel();
     terminal_.stopAsking();
+    session_.reset();
     logger().error(u"cast: "_s + reason);
     terminal_.print(reason);
     finish(failedStatus);

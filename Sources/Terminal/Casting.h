@@ -1,12 +1,13 @@
 #pragma once
 
+#include "Playback/PositionMemory.h"
 #include "Sender/CredentialStore.h"
 #include "Sender/RemotePlayback.h"
 #include "System/Clock.h"
 #include "Terminal/CommandLine.h"
 #include "Terminal/Keys.h"
-#include "Terminal/PreparationJob.h"
 #include "Terminal/PreparationReport.h"
+#include "Terminal/SessionParts.h"
 #include "Terminal/TelevisionFinder.h"
 
 #include <QCoroTask>
@@ -19,12 +20,12 @@
 namespace velmora {
 
 class Discovery;
-class MediaServer;
-class PositionMemory;
+class Session;
 class Terminal;
 
-/// `velmora-cast MOVIE`: finds the television, prepares the movie, plays it, and leaves everything in order.
-/// Main thread.
+/// `velmora-cast MOVIE`: finds the television, has a session prepare the movie and play it there, and leaves
+/// everything in order. What the session makes of the movie shows on the terminal; so does what the
+/// television says, which a window tells in other ways. Main thread.
 class Casting : public QObject {
     Q_OBJECT
 
@@ -33,12 +34,13 @@ class Casting : public QObject {
     struct World {
         Terminal& terminal;
         Clock& clock;
-        PositionMemory& memory;
+        Preferences& preferences;
         Discovery& discovery;
         ReceiverMemory memoryOfReceivers;
     };
 
     Casting(const CommandLine& line, const World& world);
+    /// Waits for a preparation that was interrupted to clean up behind itself.
     ~Casting() override;
 
     void start();
@@ -51,53 +53,56 @@ class Casting : public QObject {
     void finished(int exitStatus);
 
   private:
+    using Phase = RemotePlayback::Phase;
+    using State = RemotePlayback::State;
+
     QCoro::Task<> find();
-    void prepare();
-    void takePrepared();
-    QCoro::Task<> reach(PreparedMovie prepared);
-    void play(const PreparedMovie& prepared);
-    [[nodiscard]] double startPosition(double duration);
-    void takeState();
-    void tellPhase(const RemotePlayback::State& state);
-    void ask(const RemotePlayback::State& state);
+    void open();
+    void followSession();
+    void startPlaying(const QString& note);
+
+    [[nodiscard]] RemoteOutput& output() { return parts_.context().output(); }
+    [[nodiscard]] State state();
+    void followTelevision();
+    void tellStart(const State& state);
+    void tellPhase(const State& state);
+    [[nodiscard]] bool isComingBack(const State& state);
+    void goOnWaiting();
+    void ask(const State& state);
     void answer(const QString& secret);
     void leaveUnanswered();
-    [[nodiscard]] bool comesBack(const RemotePlayback::State& state);
+
     void tick();
     void press(Key key);
     void skip(double seconds);
     void stop();
-    void rememberPosition();
-    void conclude(const RemotePlayback::State& state);
-    [[nodiscard]] QString farewell(const RemotePlayback::State& state) const;
+    void conclude(const State& state);
+    [[nodiscard]] QString farewell(const State& state) const;
     void fail(const QString& reason);
     void finish(int exitStatus);
 
     CommandLine line_;
     Terminal& terminal_;
     Clock& clock_;
-    PositionMemory& memory_;
+    PositionMemory memory_;
     Discovery& discovery_;
-    ReceiverMemory memoryOfReceivers_;
 
     QUrl movie_;
+    SessionParts parts_;
     TelevisionFinder finder_;
-    Receiver television_;
-    PreparationJob job_;
+    QString television_;  ///< its name
+    std::unique_ptr<Session> session_;
     std::optional<PreparationReport> report_;
-    std::unique_ptr<MediaServer> server_;
-    std::unique_ptr<RemotePlayback> playback_;
 
-    RemotePlayback::State moving_;  ///< the last state in which the movie played or stood paused
-    RemotePlayback::Phase toldPhase_ = RemotePlayback::Phase::idle;
-    std::optional<double> seekTarget_;  ///< seconds; while the user is still pressing arrows
-    int ticks_ = 0;
+    Phase toldPhase_ = Phase::idle;
+    bool isStartTold_ = false;
     bool isStopping_ = false;
     bool isInterrupted_ = false;
     bool isOver_ = false;
-    bool mayComeBack_ = false;  ///< the picture moved since the connection was made
+    bool hasMoved_ = false;     ///< the picture, since the connection was made
+    bool wasPaused_ = false;    ///< when it was last seen
+    bool isAttaching_ = false;  ///< again, after the connection was lost
     Clock::Timer ticking_;
-    Clock::Timer seekSettling_;
     Clock::Timer leaving_;
     Clock::Timer askingLater_;
 };

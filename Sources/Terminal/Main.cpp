@@ -1,7 +1,6 @@
 // velmora-cast: Velmora without a window.
 #include "Diagnostics/Log.h"
 #include "Platform/Linux/SettingsFile.h"
-#include "Playback/PositionMemory.h"
 #include "Sender/CredentialStore.h"
 #include "Sender/Discovery/Discovery.h"
 #include "Sender/Discovery/KnownReceivers.h"
@@ -79,7 +78,6 @@ int act(const CommandLine& line, bool drawsBlocks) {
         return complete(run, terminal);
     }
     SettingsFile settings(u"com.quillet.velmora"_s);
-    PositionMemory memory(settings);
     KnownReceivers known(settings);
     SettingsFile secrets(u"com.quillet.velmora.secrets"_s);
     CredentialStore credentials(clock, secrets);
@@ -88,7 +86,7 @@ int act(const CommandLine& line, bool drawsBlocks) {
         ForgetRun run(line.television, receivers, terminal);
         return complete(run, terminal);
     }
-    Casting run(line, {terminal, clock, memory, discovery, receivers});
+    Casting run(line, {terminal, clock, settings, discovery, receivers});
     return complete(run, terminal);
 }
 

@@ -1,7 +1,6 @@
 #include "Terminal/PreparationReport.h"
 
 #include "Companions/Title.h"
-#include "Diagnostics/Log.h"
 #include "Terminal/Terminal.h"
 
 namespace velmora {
@@ -24,18 +23,19 @@ void PreparationReport::redraw() {
     if (shown_) terminal_.showLine(ProgressLine::preparing(*shown_, terminal_.look()));
 }
 
-void PreparationReport::finish(const PreparationJob::Outcome& outcome) {
+void PreparationReport::succeed(const QString& note) {
+    stop();
+    terminal_.print(note);
+}
+
+void PreparationReport::fail(const QString& reason) {
+    stop();
+    terminal_.print(u"%1: %2"_s.arg(movie_.fileName(), reason));
+}
+
+void PreparationReport::stop() {
     shown_.reset();
     terminal_.clearLine();
-    if (outcome) {
-        const Preparer::Result& result = outcome->result;
-        logger().notice(u"prepared %1: %2"_s.arg(result.file.toLocalFile(), result.note));
-        terminal_.print(result.note);
-    } else if (outcome.error().which != PrepareError::Case::cancelled) {
-        const QString reason = outcome.error().errorDescription();
-        logger().error(u"prepare failed: "_s + reason);
-        terminal_.print(u"%1: %2"_s.arg(movie_.fileName(), reason));
-    }
 }
 
 }  // namespace velmora

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Terminal/PreparationJob.h"
+#include "Preparation/Preparer.h"
 #include "Terminal/ProgressLine.h"
 
 #include <QUrl>
@@ -11,7 +11,7 @@ namespace velmora {
 
 class Terminal;
 
-/// Tells the user, and the log, how the preparation of one movie goes. Main thread.
+/// Tells the user how the preparation of one movie goes. Main thread.
 class PreparationReport {
   public:
     PreparationReport(Terminal& terminal, const QUrl& movie);
@@ -19,7 +19,10 @@ class PreparationReport {
     void show(const Preparer::Update& update);
     /// The terminal's width has changed.
     void redraw();
-    void finish(const PreparationJob::Outcome& outcome);
+    void succeed(const QString& note);
+    void fail(const QString& reason);
+    /// Nobody wants to know any more.
+    void stop();
 
   private:
     Terminal& terminal_;

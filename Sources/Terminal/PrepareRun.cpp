@@ -1,5 +1,6 @@
 #include "Terminal/PrepareRun.h"
 
+#include "Diagnostics/Log.h"
 #include "Playback/MovieResolver.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/Terminal.h"
@@ -22,20 +23,17 @@ bool writeResult(const QUrl& file) {
 
 }  // namespace
 
-PrepareRun::PrepareRun(const CommandLine& line, Terminal& terminal) : line_(line), terminal_(terminal) {
-    connect(&job_, &PreparationJob::updated, this, [this](const auto& update) {
-        if (report_) report_->show(update);
-    });
-    connect(&job_, &PreparationJob::finished, this, &PrepareRun::take);
-}
+PrepareRun::PrepareRun(const CommandLine& line, Terminal& terminal) : line_(line), terminal_(terminal) {}
 
 void PrepareRun::start() {
     prepareNext();
 }
 
 void PrepareRun::interrupt() {
-    interrupted_ = true;
-    job_.cancel();
+    job_ = {};
+    if (report_) report_->stop();
+    report_.reset();
+    Q_EMIT finished(interruptedStatus);
 }
 
 void PrepareRun::redraw() {
@@ -43,31 +41,40 @@ void PrepareRun::redraw() {
 }
 
 void PrepareRun::prepareNext() {
-    while (!line_.movies.isEmpty() && !interrupted_) {
+    while (!line_.movies.isEmpty()) {
         const QString path = line_.movies.takeFirst();
         const auto movie = resolveMovie(QUrl::fromLocalFile(path));
         if (movie) {
             report_.emplace(terminal_, *movie);
-            job_.start(*movie, line_.reEncode);
+            const auto updated = [this](const auto& update) { report_->show(update); };
+            const auto finished = [this](const auto& outcome) { take(outcome); };
+            job_ = preparer_.prepare(*movie, line_.reEncode, updated, finished);
             return;
         }
         terminal_.print(u"No movie found at %1."_s.arg(path));
         status_ = failedStatus;
     }
-    Q_EMIT finished(interrupted_ ? interruptedStatus : status_);
+    Q_EMIT finished(status_);
 }
 
-void PrepareRun::take() {
-    const PreparationJob::Outcome& outcome = job_.outcome();
-    report_->finish(outcome);
+void PrepareRun::take(const MoviePreparer::Outcome& outcome) {
+    if (!deliver(outcome)) status_ = failedStatus;
     report_.reset();
-    if (!outcome) {
-        status_ = failedStatus;
-    } else if (!writeResult(outcome->result.file)) {
-        terminal_.print(u"The result cannot be written to standard output."_s);
-        status_ = failedStatus;
-    }
     prepareNext();
+}
+
+bool PrepareRun::deliver(const MoviePreparer::Outcome& outcome) {
+    if (!outcome) {
+        const QString reason = outcome.error().errorDescription();
+        logger().error(u"prepare failed: "_s + reason);
+        report_->fail(reason);
+        return false;
+    }
+    logger().notice(u"prepared %1: %2"_s.arg(outcome->file.toLocalFile(), outcome->note));
+    report_->succeed(outcome->note);
+    if (writeResult(outcome->file)) return true;
+    terminal_.print(u"The result cannot be written to standard output."_s);
+    return false;
 }
 
 }  // namespace velmora

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Playback/BackgroundServices.h"
 #include "Terminal/CommandLine.h"
-#include "Terminal/PreparationJob.h"
 #include "Terminal/PreparationReport.h"
 
 #include <QObject>
@@ -13,7 +13,7 @@ namespace velmora {
 class Terminal;
 
 /// `velmora-cast --prepare-only`: prepares one movie after the other and prints the path of each file to play
-/// on standard output. Main thread.
+/// on standard output. Main thread. Destroying it waits for the last one to clean up behind itself.
 class PrepareRun : public QObject {
     Q_OBJECT
 
@@ -29,13 +29,15 @@ class PrepareRun : public QObject {
 
   private:
     void prepareNext();
-    void take();
+    void take(const MoviePreparer::Outcome& outcome);
+    [[nodiscard]] bool deliver(const MoviePreparer::Outcome& outcome);
 
     CommandLine line_;
     Terminal& terminal_;
-    PreparationJob job_;
+    BackgroundWork work_;
+    BackgroundPreparer preparer_{work_};
+    Job job_;
     std::optional<PreparationReport> report_;
-    bool interrupted_ = false;
     int status_ = 0;
 };
 

@@ -1,9 +1,9 @@
 #include "Terminal/TelevisionFinder.h"
 
+#include "Platform/Linux/TelevisionNetwork.h"
 #include "Sender/Discovery/Discovery.h"
 #include "Sender/Discovery/KnownReceivers.h"
 
-#include <algorithm>
 #include <optional>
 
 namespace velmora {
@@ -15,7 +15,6 @@ namespace {
 
 // Receivers answer a browser within a second; one that sleeps behind a proxy takes a little longer.
 constexpr auto searchPatience = 4s;
-constexpr auto lookupPatience = 8s;
 
 /// One that cannot be a name only: "tv" may be both, "tv.local" and "192.168.1.20" are addresses.
 std::optional<Receiver> addressFrom(const QString& text) {
@@ -35,17 +34,11 @@ TelevisionFinder::Found takingVideo(TelevisionFinder::Found found) {
 
 QCoro::Task<TelevisionFinder::Found> TelevisionFinder::find(QString text) {
     if (const auto typed = addressFrom(text)) {
-        const Found resolved = co_await resolve(*typed);
+        const Found resolved = co_await network_.resolve(*typed);
         co_return takingVideo(resolved);
     }
     const Found named = co_await search(text);
     co_return takingVideo(named);
-}
-
-QCoro::Task<TelevisionFinder::Found> TelevisionFinder::resolve(Receiver receiver) {
-    const Found found = co_await discovery_.resolve(receiver, lookupPatience);
-    if (!found) co_return found;
-    co_return asAnnounced(*found);
 }
 
 QCoro::Task<TelevisionFinder::Found> TelevisionFinder::search(QString text) {
@@ -56,22 +49,9 @@ QCoro::Task<TelevisionFinder::Found> TelevisionFinder::search(QString text) {
         if (known.identifier == text || known.name.compare(text, Qt::CaseInsensitive) == 0) co_return known;
     const auto host = Receiver::fromText(text);
     if (!host) co_return announced;
-    const Found looked = co_await resolve(*host);
+    const Found looked = co_await network_.resolve(*host);
     if (looked) co_return looked;
     co_return announced;
-}
-
-// What a receiver announces says how to speak to it, whichever way the user named it.
-Receiver TelevisionFinder::asAnnounced(const Receiver& typed) const {
-    if (typed.announced) return typed;
-    for (const Receiver& seen : discovery_.receivers()) {
-        const bool isSame =
-            seen.port == typed.port && std::ranges::any_of(typed.addresses, [&](const auto& address) {
-                return seen.addresses.contains(address);
-            });
-        if (isSame) return seen;
-    }
-    return typed;
 }
 
 }  // namespace velmora

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Sender/Receiver.h"
-#include "System/Clock.h"
 
 #include <QCoroTask>
 #include <QString>
@@ -12,6 +11,7 @@ namespace velmora {
 
 class Discovery;
 class KnownReceivers;
+class TelevisionNetwork;
 
 /// Which television the user means: by the name or identifier that it announces, by the name that a
 /// remembered one had, or by its address. Main thread. All of them must outlive every call.
@@ -19,20 +19,16 @@ class TelevisionFinder {
   public:
     using Found = std::expected<Receiver, QString>;
 
-    TelevisionFinder(Clock& clock, Discovery& discovery, const KnownReceivers& known)
-        : clock_(clock), discovery_(discovery), known_(known) {}
+    TelevisionFinder(TelevisionNetwork& network, Discovery& discovery, const KnownReceivers& known)
+        : network_(network), discovery_(discovery), known_(known) {}
 
     /// Fails with whole sentences: nothing of that name, several, or one that takes no movies.
     [[nodiscard]] QCoro::Task<Found> find(QString text);
 
-    /// The receiver as it is reached now, for right before a connection.
-    [[nodiscard]] QCoro::Task<Found> resolve(Receiver receiver);
-
   private:
     [[nodiscard]] QCoro::Task<Found> search(QString text);
-    [[nodiscard]] Receiver asAnnounced(const Receiver& typed) const;
 
-    Clock& clock_;
+    TelevisionNetwork& network_;
     Discovery& discovery_;
     const KnownReceivers& known_;
 };

@@ -1,5 +1,6 @@
 // The two engines behind one player: real decoding here, a scripted television in virtual time there.
 #include "Platform/Linux/LinuxPlayer.h"
+#include "Platform/Linux/MpvPlayer.h"
 #include "Platform/Linux/NetworkOutputContext.h"
 #include "Platform/WaitFor.h"
 #include "Sender/ScriptedControl.h"
@@ -45,7 +46,8 @@ class LinuxPlayerTest : public testing::Test {
     }
 
     std::shared_ptr<LinuxPlayer> makePlayer() {
-        LinuxPlayer::Environment environment{.local = {.isMute = true, .hardwareDecoding = u"no"_s}};
+        LinuxPlayer::Environment environment{
+            .makeLocal = MpvPlayer::maker({.isMute = true, .hardwareDecoding = u"no"_s})};
         environment.lightDisplay = [this] { return light; };
         auto made = std::make_shared<LinuxPlayer>(clock, environment);
         made->setPausesAtEnd(true);
@@ -200,6 +202,17 @@ TEST_F(LinuxPlayerTest, ADropKeepsThePositionAndTheContextAttachesAgain) {
     EXPECT_TRUE(player->isExternalPlaybackActive());
     EXPECT_EQ(player->timeControlStatus(), Status::playing);
     EXPECT_NEAR(position(), dropped + 2.3, 1);
+
+    player->pause();
+    clock.advance(1s);
+    tv().close();
+    clock.advance(1s);
+    EXPECT_FALSE(player->isExternalPlaybackActive());
+    player->setOutputContext(&context);
+    clock.advance(3s);
+    EXPECT_TRUE(player->isExternalPlaybackActive());
+    EXPECT_EQ(player->timeControlStatus(), Status::paused);
+    EXPECT_EQ(tv().verbs.last(), u"rate 0"_s);
 }
 
 TEST_F(LinuxPlayerTest, TheEndThereIsTheEndOfTheItem) {
@@ -294,7 +307,7 @@ TEST_F(LinuxPlayerTest, ItemsNameTheirTracks) {
     item->select(sounds->options[1], Kind::audible);
     EXPECT_EQ(item->selected(Kind::audible), sounds->options[1]);
 
-    const QList<MpvPlayer::Track> tracks{
+    const QList<LocalEngine::Track> tracks{
         {.kind = Kind::audible, .number = 1, .language = u"eng"_s, .channels = 6},
         {.kind = Kind::audible, .number = 2, .language = u"en"_s, .channels = 2},
         {.kind = Kind::audible, .number = 3}};

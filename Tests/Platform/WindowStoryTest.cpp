@@ -1,20 +1,10 @@
-// What a window does with a movie and a television, without the window: every part is the real one.
-#include "Platform/Linux/FreedesktopDesktop.h"
-#include "Platform/Linux/LinuxPlayer.h"
-#include "Platform/Linux/LoginManager.h"
-#include "Platform/Linux/SettingsFile.h"
-#include "Platform/Linux/TelevisionNetwork.h"
+// What windows do with movies and televisions, without the windows.
 #include "Platform/WaitFor.h"
-#include "Playback/BackgroundServices.h"
-#include "Playback/Session.h"
-#include "Sender/Discovery/Discovery.h"
-#include "Support/VirtualClock.h"
-#include "Television/Television.h"
+#include "Platform/Window.h"
+#include "Television/Misbehaviour.h"
 
 #include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
+#include <QProcess>
 
 #include <cmath>
 
@@ -22,74 +12,133 @@ namespace velmora {
 namespace {
 
 using namespace Qt::StringLiterals;
+using test::Misbehaviour;
 using test::waitFor;
+using test::Window;
 using Shown = test::SimulatedPlayer::State;
 
 class WindowStory : public testing::Test {
   protected:
-    WindowStory() {
-        EXPECT_TRUE(television.listen());
-        EXPECT_TRUE(QFile::copy(QStringLiteral(VELMORA_SAMPLE_MOVIES "/long.mkv"), movie.toLocalFile()));
-    }
-    void chooseTelevision() {
-        context->choose(Receiver::fromText(u"127.0.0.1:%1"_s.arg(television.receiver().port)).value());
-    }
-    [[nodiscard]] bool isShown() {
-        return session->isOnAppleTV() && television.player().state() == Shown::playing;
+    ~WindowStory() override {
+        window.session.reset();
+        EXPECT_TRUE(waitFor([this] { return window.shown() == Shown::idle; }));
+        EXPECT_EQ(window.television->complaints(), QStringList());
     }
 
+    QUrl addMovie(const QString& name) {
+        const QUrl movie = QUrl::fromLocalFile(folder.filePath(name));
+        EXPECT_TRUE(QFile::copy(QStringLiteral(VELMORA_SAMPLE_MOVIES "/long.mkv"), movie.toLocalFile()));
+        return movie;
+    }
+    void play(Window& where, const QUrl& movie) {
+        where.chooseTelevision();
+        where.session->open(movie, false);
+        ASSERT_TRUE(waitFor([&where] { return where.isShown(); }));
+    }
+    [[nodiscard]] test::SimulatedPlayer& player() { return window.television->player(); }
+
     QTemporaryDir folder;
-    const QUrl movie = QUrl::fromLocalFile(folder.filePath(u"Long.mkv"_s));
-    test::FastClock clock{5};
-    test::Television television{clock, {}};
-    Discovery discovery{clock};
-    TelevisionNetwork televisions{clock, discovery, {}};
-    std::unique_ptr<NetworkOutputContext> context = televisions.makeContext();
-    SettingsFile settings{u"window-story"_s};
-    LinuxPlayerFactory players{clock, {.local = {.isMute = true, .hardwareDecoding = u"no"_s}}};
-    LoginManager power{{QDBusConnection(u"none"_s), QDBusConnection(u"none"_s)}};
-    FreedesktopDesktop desktop{{}, QDBusConnection(u"none"_s)};
-    BackgroundWork work;
-    BackgroundPreparer preparer{work};
-    BackgroundArtwork artwork{work};
-    World world{.clock = clock,
-                .preferences = settings,
-                .earlierPreferences = nullptr,
-                .players = players,
-                .power = power,
-                .desktop = desktop,
-                .preparer = preparer,
-                .artwork = artwork};
-    std::unique_ptr<Session> session = std::make_unique<Session>(world, &*context);
+    test::Process process;
+    Window window{process};
+    Session& session = *window.session;
 };
 
 TEST_F(WindowStory, FromAFileToTheTelevisionAndBack) {
-    chooseTelevision();
-    session->open(movie, false);
-    ASSERT_TRUE(waitFor([this] { return isShown() && !session->handingOverTo(); }));
-    ASSERT_TRUE(waitFor([this] { return std::abs(session->duration() - 100) < 0.5; }));
+    play(window, addMovie(u"Long.mkv"_s));
+    ASSERT_TRUE(waitFor([this] { return std::abs(session.duration() - 100) < 0.5; }));
 
-    session->togglePlayPause();
-    ASSERT_TRUE(waitFor([this] { return television.player().state() == Shown::paused; }));
-    session->seek(60);
-    session->togglePlayPause();
-    ASSERT_TRUE(waitFor([this] { return isShown() && television.player().position() > 61; }));
+    session.togglePlayPause();
+    ASSERT_TRUE(waitFor([this] { return window.shown() == Shown::paused; }));
+    session.seek(60);
+    session.togglePlayPause();
+    ASSERT_TRUE(waitFor([this] { return window.isShown() && player().position() > 61; }));
 
     // The viewer leaves the movie at the television, and nobody brings it back.
-    television.player().stop(u"left"_s);
-    ASSERT_TRUE(waitFor([this] { return !session->isOnAppleTV() && !session->airPlay().deviceName(); }));
-    EXPECT_FALSE(session->isPlaying());
-    EXPECT_TRUE(session->phase().ready());
-    ASSERT_TRUE(waitFor([this] { return session->player()->currentTime().value_or(0) > 50; }));
-    EXPECT_NEAR(session->player()->currentTime().value_or(0), 62, 6);
-    EXPECT_EQ(television.player().state(), Shown::idle);
+    player().stop(u"left"_s);
+    ASSERT_TRUE(waitFor([this] { return !session.isOnAppleTV() && !session.airPlay().deviceName(); }));
+    EXPECT_FALSE(session.isPlaying());
+    EXPECT_TRUE(session.phase().ready());
+    ASSERT_TRUE(waitFor([this] { return session.player()->currentTime().value_or(0) > 50; }));
+    EXPECT_NEAR(session.player()->currentTime().value_or(0), 62, 6);
+    EXPECT_EQ(window.shown(), Shown::idle);
 
-    chooseTelevision();
-    ASSERT_TRUE(waitFor([this] { return isShown() && television.player().position() > 55; }));
-    EXPECT_FALSE(session->poster().isNull());
-    session.reset();
-    EXPECT_TRUE(waitFor([this] { return television.player().state() == Shown::idle; }));
-    EXPECT_EQ(television.complaints(), QStringList());
+    window.chooseTelevision();
+    ASSERT_TRUE(waitFor([this] { return window.isShown() && player().position() > 55; }));
+    EXPECT_FALSE(session.poster().isNull());
+}
+
+TEST_F(WindowStory, ResumesInTheMiddleOfALongMovie) {
+    const QUrl movie = QUrl::fromLocalFile(folder.filePath(u"Two Hours.mp4"_s));
+    const QStringList making{u"-v"_s,
+                             u"error"_s,
+                             u"-f"_s,
+                             u"lavfi"_s,
+                             u"-i"_s,
+                             u"color=size=64x36:rate=1:duration=7200"_s,
+                             u"-c:v"_s,
+                             u"libx264"_s,
+                             u"-preset"_s,
+                             u"ultrafast"_s,
+                             u"-movflags"_s,
+                             u"+faststart"_s,
+                             movie.toLocalFile()};
+    ASSERT_EQ(QProcess::execute(u"ffmpeg"_s, making), 0);
+    constexpr double place = 37 * 60;
+    PositionMemory(process.settings).remember(movie, place, 7200);
+    double landed = 0;  // where the picture first moved behind the beginning
+    QObject::connect(&session, &Session::routeChanged, [&] {
+        if (session.isOnAppleTV() && landed == 0) landed = player().movie().startSeconds;
+    });
+    play(window, movie);
+    EXPECT_NEAR(landed, place, 1);
+    EXPECT_NEAR(session.duration(), 7200, 2);
+    const double there = player().position();
+    EXPECT_NEAR(session.player()->currentTime().value_or(0), there, 1);
+    EXPECT_GE(there, place - 1);
+    EXPECT_LT(there, place + 20);
+}
+
+TEST_F(WindowStory, FollowsTheTelevisionsOwnRemote) {
+    play(window, addMovie(u"Long.mkv"_s));
+    ASSERT_TRUE(waitFor([this] { return player().position() > 15; }));
+    player().setRate(0);
+    ASSERT_TRUE(waitFor([this] { return !session.isPlaying(); }));
+    EXPECT_TRUE(session.canControlPlayback());
+    EXPECT_NEAR(session.player()->currentTime().value_or(0), player().position(), 1);
+    player().setRate(1);
+    EXPECT_TRUE(waitFor([this] { return session.isPlaying() && window.isShown(); }));
+}
+
+TEST_F(WindowStory, ReturnsToATelevisionThatCameBack) {
+    for (const bool isPaused : {false, true}) {
+        if (!isPaused) play(window, addMovie(u"Long.mkv"_s));
+        session.seek(isPaused ? 60 : 40);
+        if (isPaused) session.togglePlayPause();
+        const auto wanted = isPaused ? Shown::paused : Shown::playing;
+        ASSERT_TRUE(waitFor([&] { return window.shown() == wanted && player().position() > 40; }));
+        const double before = player().position();
+        window.television.reset();
+        ASSERT_TRUE(waitFor([this] { return !session.player()->isExternalPlaybackActive(); }));
+        window.switchOn();
+        ASSERT_TRUE(waitFor([&] { return session.canControlPlayback() && window.shown() == wanted; }));
+        EXPECT_EQ(session.isPlaying(), !isPaused);
+        EXPECT_NEAR(player().position(), before, 6);
+    }
+}
+
+TEST_F(WindowStory, TwoWindowsFeedTwoTelevisions) {
+    Window other(process);
+    play(window, addMovie(u"One.mkv"_s));
+    play(other, addMovie(u"Two.mkv"_s));
+    EXPECT_NE(player().movie().url, other.television->player().movie().url);
+    session.togglePlayPause();
+    other.session->seek(50);
+    EXPECT_TRUE(waitFor([this] { return window.shown() == Shown::paused; }));
+    EXPECT_TRUE(waitFor([&other] { return other.isShown() && other.television->player().position() > 50; }));
+    EXPECT_LT(player().position(), 45);
+    other.session.reset();
+    EXPECT_TRUE(waitFor([&other] { return other.shown() == Shown::idle; }));
+    EXPECT_EQ(window.shown(), Shown::paused);
 }
 
 }  // namespace

@@ -126,6 +126,24 @@ TEST(Handover, returnsToThisComputerPausedWhereTheTelevisionWas) {
     }
 }
 
+TEST(Handover, leavesAViewerAloneWhoPausesAtOnce) {
+    Story story;
+    story.startOnTelevision();
+    story.session->togglePlayPause();
+    story.run(10);
+    EXPECT_FALSE(story.session->isPlaying());
+}
+
+TEST(Handover, beginsAtTheBeginningOfAFileThatHasBecomeShorter) {
+    Story story;
+    story.savePosition(6000);
+    story.stage.takenAfter = {{2, 0}};
+    story.start(u"Den"_s);
+    story.run(20);
+    EXPECT_TRUE(story.session->isOnAppleTV());
+    EXPECT_EQ(story.stage.journal().filter(u"seek"_s), QStringList());
+}
+
 TEST(Handover, nudgesAPlayerThatStaysPausedUnlessTheDeviceJustDroppedIt) {
     struct Case {
         QList<double> drops;  // seconds after adoption

@@ -6,6 +6,7 @@
 #include "Support/LoggedLines.h"
 #include "Support/ScriptedSystem.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -93,6 +94,13 @@ class ScriptedArtwork : public ArtworkMaker {
 class Story {
   public:
     Story() { movie = addFile(u"Film.mkv"_s); }
+    /// What the session leaves waiting goes on from the event loop, and ends there.
+    ~Story() {
+        session.reset();
+        QCoreApplication::processEvents();
+    }
+    Story(const Story&) = delete;
+    Story& operator=(const Story&) = delete;
 
     VirtualClock clock;
     MapPreferences preferences;

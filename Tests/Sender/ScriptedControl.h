@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Sender/Completion.h"
 #include "Sender/VideoControl.h"
 #include "Support/VirtualClock.h"
+#include "System/Completion.h"
 
 #include <QStringList>
 

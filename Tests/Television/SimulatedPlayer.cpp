@@ -22,6 +22,20 @@ double secondsOf(Clock::Duration duration) {
 
 }  // namespace
 
+QString SimulatedPlayer::eventName(State state) {
+    switch (state) {
+        case State::idle:
+            return u"stopped"_s;
+        case State::loading:
+            return u"loading"_s;
+        case State::playing:
+            return u"playing"_s;
+        case State::paused:
+            return u"paused"_s;
+    }
+    return {};
+}
+
 SimulatedPlayer::SimulatedPlayer(Clock& clock, const Misbehaviours& misbehaviours, QObject* parent)
     : QObject(parent), clock_(clock), misbehaviours_(misbehaviours) {}
 

@@ -21,6 +21,8 @@ class SimulatedPlayer : public QObject {
   public:
     enum class State { idle, loading, playing, paused };
     Q_ENUM(State)
+    /// As senders are told of it.
+    [[nodiscard]] static QString eventName(State state);
 
     struct Movie {
         QUrl url;

@@ -23,20 +23,6 @@ QString clockFace(double seconds) {
     return QTime(0, 0).addMSecs(int(seconds * 1000)).toString(u"h:mm:ss"_s);
 }
 
-QString eventName(State state) {
-    switch (state) {
-        case State::idle:
-            return u"stopped"_s;
-        case State::loading:
-            return u"loading"_s;
-        case State::playing:
-            return u"playing"_s;
-        case State::paused:
-            return u"paused"_s;
-    }
-    return {};
-}
-
 }  // namespace
 
 Television::Television(Clock& clock, const Options& options, QObject* parent)
@@ -134,14 +120,14 @@ void Television::misbehaveAfterPlay() {
 }
 
 void Television::tell(State state, const QString& reason) {
-    QString line = eventName(state);
+    QString line = SimulatedPlayer::eventName(state);
     if (state == State::loading) line += ' '_L1 + player_.movie().url.toString();
     if (state == State::playing || state == State::paused)
         line += u" at %1 of %2"_s.arg(clockFace(player_.position()), clockFace(player_.duration()));
     if (!reason.isEmpty()) line += u" (%1)"_s.arg(reason);
     Q_EMIT said(line);
     const bool isTold = reason == "ended"_L1 || reason == "interrupted"_L1;
-    sendEvent(options_.does(Misbehaviour::liesInEvents) ? u"playing"_s : eventName(state),
+    sendEvent(options_.does(Misbehaviour::liesInEvents) ? u"playing"_s : SimulatedPlayer::eventName(state),
               isTold ? reason : QString());
 }
 

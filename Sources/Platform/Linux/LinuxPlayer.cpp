@@ -16,10 +16,10 @@ struct LinuxPlayer::Observer {
 };
 
 LinuxPlayer::LinuxPlayer(Clock& clock, Environment environment)
-    : clock_(clock), environment_(std::move(environment)), local_(environment_.local) {
-    connect(&local_, &MpvPlayer::ready, this, &LinuxPlayer::takeReady);
-    connect(&local_, &MpvPlayer::failed, this, &LinuxPlayer::takeFailure);
-    connect(&local_, &MpvPlayer::ended, this, &LinuxPlayer::takeEnd);
+    : clock_(clock), environment_(std::move(environment)), local_(environment_.makeLocal()) {
+    connect(local_.get(), &LocalEngine::ready, this, &LinuxPlayer::takeReady);
+    connect(local_.get(), &LocalEngine::failed, this, &LinuxPlayer::takeFailure);
+    connect(local_.get(), &LocalEngine::ended, this, &LinuxPlayer::takeEnd);
 }
 
 LinuxPlayer::~LinuxPlayer() {
@@ -31,13 +31,13 @@ void LinuxPlayer::replaceCurrentItem(std::shared_ptr<PlayerItem> item) {
     if (item_) item_->disconnect(this);
     item_ = std::dynamic_pointer_cast<LinuxPlayerItem>(item);
     kept_.reset();
-    isAtEnd_ = false;
+    isAtEnd_ = isDropped_ = false;
     wantsAttachment_ = wantsToPlay_;
     if (item_) {
         connect(item_.get(), &LinuxPlayerItem::selectionChanged, this, &LinuxPlayer::takeSelection);
-        local_.load(item_->file().toLocalFile());
+        local_->load(item_->file().toLocalFile());
     } else {
-        local_.unload();
+        local_->unload();
     }
     setExternal(false);
     updateStatus();
@@ -59,7 +59,7 @@ void LinuxPlayer::pause() {
 std::optional<double> LinuxPlayer::currentTime() const {
     if (!item_) return std::nullopt;
     if (isAttached_) return context_->output().state().position;
-    return kept_ ? kept_ : local_.position();
+    return kept_ ? kept_ : local_->position();
 }
 
 void LinuxPlayer::seek(double seconds, Tolerance tolerance, Seeked seeked) {
@@ -77,8 +77,8 @@ void LinuxPlayer::seek(double seconds, Tolerance tolerance, Seeked seeked) {
     }
     kept_.reset();
     const auto how =
-        tolerance.before == Tolerance::anywhere ? MpvPlayer::Seek::keyFrame : MpvPlayer::Seek::exact;
-    local_.seek(seconds, how, [this, seeked = std::move(seeked)](bool finished) {
+        tolerance.before == Tolerance::anywhere ? LocalEngine::Seek::keyFrame : LocalEngine::Seek::exact;
+    local_->seek(seconds, how, [this, seeked = std::move(seeked)](bool finished) {
         const QPointer<LinuxPlayer> alive(this);
         if (seeked) seeked(finished);
         if (alive) tellTime();
@@ -112,12 +112,14 @@ void LinuxPlayer::synchronizeSoon() {
 
 void LinuxPlayer::synchronize() {
     isSynchronizing_ = false;
-    if (!item_ || !local_.isReady()) return;
+    if (!item_ || !local_->isReady()) return;
     if (isAttached_) {
         steer();
     } else if (const auto receiver = television()) {
-        local_.setPaused(true);
-        if (wantsToPlay_ && wantsAttachment_) attach(*receiver);
+        local_->setPaused(true);
+        // What was lost paused comes back paused.
+        if (wantsAttachment_ && (wantsToPlay_ || isDropped_)) attach(*receiver);
+        if (isAttached_) steer();
     } else {
         playLocally();
     }
@@ -126,9 +128,9 @@ void LinuxPlayer::synchronize() {
 
 void LinuxPlayer::playLocally() {
     if (const auto position = std::exchange(kept_, std::nullopt))
-        local_.seek(*position, MpvPlayer::Seek::exact, {});
+        local_->seek(*position, LocalEngine::Seek::exact, {});
     setExternal(false);
-    local_.setPaused(!wantsToPlay_);
+    local_->setPaused(!wantsToPlay_);
 }
 
 void LinuxPlayer::takeReady() {
@@ -136,7 +138,7 @@ void LinuxPlayer::takeReady() {
     // Whoever hears of it may take another item.
     const auto item = item_;
     const QPointer<LinuxPlayer> alive(this);
-    item->takeLoaded(local_.duration(), local_.tracks());
+    item->takeLoaded(local_->duration(), local_->tracks());
     if (alive) tellTime();
 }
 
@@ -155,13 +157,13 @@ void LinuxPlayer::takeEnd() {
 }
 
 void LinuxPlayer::takeSelection(MediaGroup::Kind kind) {
-    local_.selectTrack(kind, item_->selectedTrack(kind));
+    local_->selectTrack(kind, item_->selectedTrack(kind));
 }
 
 LinuxPlayer::TimeControlStatus LinuxPlayer::statusNow() const {
     if (!wantsToPlay_) return TimeControlStatus::paused;
     const bool isMoving = isAttached_ ? context_->output().state().phase == RemotePlayback::Phase::playing
-                                      : item_ && local_.isReady() && !television();
+                                      : item_ && local_->isReady() && !television();
     return isMoving ? TimeControlStatus::playing : TimeControlStatus::waiting;
 }
 

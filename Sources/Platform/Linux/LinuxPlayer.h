@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Linux/LinuxPlayerItem.h"
-#include "Platform/Linux/MpvPlayer.h"
+#include "Platform/Linux/LocalEngine.h"
 #include "System/Clock.h"
 #include "System/Player.h"
 
@@ -15,7 +15,7 @@ namespace velmora {
 class NetworkOutputContext;
 struct Receiver;
 
-/// One player with two engines: mpv on this computer, and whatever its context plays on a television.
+/// One player with two engines: a local one on this computer, and whatever its context plays on a television.
 ///
 /// Where the context has a television, the file is loaded here for its length and its tracks, and stays
 /// silent. What is on the television is judged by `RemotePlayback`; when it drops, the position is kept, and
@@ -31,7 +31,7 @@ class LinuxPlayer : public Player {
 
   public:
     struct Environment {
-        MpvPlayer::Options local{};
+        LocalEngine::Maker makeLocal;  ///< never empty
         /// Keeps the display lit until the returned object is dropped; may be empty.
         std::function<std::shared_ptr<void>()> lightDisplay{};
     };
@@ -52,11 +52,11 @@ class LinuxPlayer : public Player {
     [[nodiscard]] std::optional<int> externalPlaybackType() const override { return std::nullopt; }
     void setAllowsExternalPlayback(bool on) override;
     bool setOutputContext(OutputContext* context) override;
-    void setPausesAtEnd(bool on) override { local_.setKeepsLastPicture(on); }
+    void setPausesAtEnd(bool on) override { local_->setKeepsLastPicture(on); }
     void setPreventsDisplaySleep(bool on) override;
 
     /// For whoever draws its pictures.
-    [[nodiscard]] MpvPlayer& local() { return local_; }
+    [[nodiscard]] LocalEngine& local() { return *local_; }
 
   private:
     struct Observer;
@@ -90,7 +90,7 @@ class LinuxPlayer : public Player {
 
     Clock& clock_;
     Environment environment_;
-    MpvPlayer local_;
+    const std::unique_ptr<LocalEngine> local_;
     std::shared_ptr<LinuxPlayerItem> item_;
     NetworkOutputContext* context_ = nullptr;
     bool allowsExternal_ = true;
@@ -100,7 +100,8 @@ class LinuxPlayer : public Player {
     bool isAtEnd_ = false;
     std::optional<double> kept_;  ///< where the television was left, until somebody goes on from there
     bool isAttached_ = false;
-    QString attachedTo_;  ///< the television's identifier
+    QString attachedTo_;      ///< the television's identifier
+    bool isDropped_ = false;  ///< by the television, and not attached again yet
     bool isExternal_ = false;
     bool remotePlays_ = false;       ///< what the television was last told, or did by itself
     bool awaitsRemoteRate_ = false;  ///< it has not followed yet

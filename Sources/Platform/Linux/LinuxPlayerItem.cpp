@@ -16,7 +16,7 @@ std::size_t indexOf(Kind kind) {
     return static_cast<std::size_t>(kind);
 }
 
-QString identifierOf(const MpvPlayer::Track& track) {
+QString identifierOf(const LocalEngine::Track& track) {
     return (track.kind == Kind::audible ? u"audio:%1"_s : u"text:%1"_s).arg(track.number);
 }
 
@@ -35,7 +35,7 @@ QString channelWords(int channels) {
     }
 }
 
-QString plainName(const MpvPlayer::Track& track) {
+QString plainName(const LocalEngine::Track& track) {
     if (!track.title.isEmpty()) return track.title;
     const auto code = Language::normalize(track.language);
     const auto name = code ? Language::displayName(*code) : std::nullopt;
@@ -43,9 +43,9 @@ QString plainName(const MpvPlayer::Track& track) {
 }
 
 /// Audio tracks of the same name are told apart by their channels.
-QString nameOf(const MpvPlayer::Track& track, const QList<MpvPlayer::Track>& all) {
+QString nameOf(const LocalEngine::Track& track, const QList<LocalEngine::Track>& all) {
     const QString name = plainName(track);
-    const auto isNamesake = [&](const MpvPlayer::Track& other) {
+    const auto isNamesake = [&](const LocalEngine::Track& other) {
         return other.kind == track.kind && plainName(other) == name;
     };
     const bool isUnique = std::ranges::count_if(all, isNamesake) == 1;
@@ -55,9 +55,9 @@ QString nameOf(const MpvPlayer::Track& track, const QList<MpvPlayer::Track>& all
 
 }  // namespace
 
-std::optional<MediaGroup> LinuxPlayerItem::groupOf(const QList<MpvPlayer::Track>& tracks, Kind kind) {
+std::optional<MediaGroup> LinuxPlayerItem::groupOf(const QList<LocalEngine::Track>& tracks, Kind kind) {
     MediaGroup group{.kind = kind, .options = {}};
-    for (const MpvPlayer::Track& track : tracks) {
+    for (const LocalEngine::Track& track : tracks) {
         if (track.kind != kind) continue;
         const bool isTagged = !track.language.isEmpty();
         group.options.append({.identifier = identifierOf(track),
@@ -93,7 +93,7 @@ std::optional<MediaOption> LinuxPlayerItem::selected(Kind kind) const {
 
 void LinuxPlayerItem::select(const std::optional<MediaOption>& option, Kind kind) {
     std::optional<int> number;
-    for (const MpvPlayer::Track& track : tracks_) {
+    for (const LocalEngine::Track& track : tracks_) {
         if (option && track.kind == kind && identifierOf(track) == option->identifier) number = track.number;
     }
     if (option && !number) return;  // of another item
@@ -105,10 +105,10 @@ std::optional<int> LinuxPlayerItem::selectedTrack(Kind kind) const {
     return selected_.at(indexOf(kind));
 }
 
-void LinuxPlayerItem::takeLoaded(std::optional<double> duration, const QList<MpvPlayer::Track>& tracks) {
+void LinuxPlayerItem::takeLoaded(std::optional<double> duration, const QList<LocalEngine::Track>& tracks) {
     duration_ = duration;
     tracks_ = tracks;
-    for (const MpvPlayer::Track& track : tracks) {
+    for (const LocalEngine::Track& track : tracks) {
         if (track.isSelected) selected_.at(indexOf(track.kind)) = track.number;
     }
     if (status_ != Status::unknown) return;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Linux/MpvPlayer.h"
+#include "Platform/Linux/LocalEngine.h"
 #include "System/Player.h"
 
 #include <QList>
@@ -26,7 +26,7 @@ class LinuxPlayerItem : public PlayerItem {
     [[nodiscard]] std::optional<MediaOption> selected(MediaGroup::Kind kind) const override;
     void select(const std::optional<MediaOption>& option, MediaGroup::Kind kind) override;
 
-    void takeLoaded(std::optional<double> duration, const QList<MpvPlayer::Track>& tracks);
+    void takeLoaded(std::optional<double> duration, const QList<LocalEngine::Track>& tracks);
     /// Before the item is ready, or in the middle of the movie.
     void takeFailure(const QString& reason);
 
@@ -34,7 +34,7 @@ class LinuxPlayerItem : public PlayerItem {
     [[nodiscard]] std::optional<int> selectedTrack(MediaGroup::Kind kind) const;
 
     /// The tracks of one kind as choices; absent when there are none.
-    [[nodiscard]] static std::optional<MediaGroup> groupOf(const QList<MpvPlayer::Track>& tracks,
+    [[nodiscard]] static std::optional<MediaGroup> groupOf(const QList<LocalEngine::Track>& tracks,
                                                            MediaGroup::Kind kind);
 
   Q_SIGNALS:
@@ -52,7 +52,7 @@ class LinuxPlayerItem : public PlayerItem {
     Status status_ = Status::unknown;
     QString error_;
     std::optional<double> duration_;
-    QList<MpvPlayer::Track> tracks_;
+    QList<LocalEngine::Track> tracks_;
     std::array<std::optional<int>, 2> selected_;  ///< track numbers, by kind
     std::vector<Waiting> waiting_;                ///< until the item is ready or has failed
 };

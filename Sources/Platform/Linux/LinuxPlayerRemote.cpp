@@ -18,13 +18,13 @@ void LinuxPlayer::attach(const Receiver& receiver) {
     const double start = currentTime().value_or(0);
     isAttached_ = true;
     attachedTo_ = receiver.identifier;
-    wantsAttachment_ = false;
+    wantsAttachment_ = isDropped_ = false;
     remotePlays_ = true;
     // It may be playing, or paused, what another player began.
     awaitsRemoteRate_ = true;
     context_->output().attach(this, receiver,
                               {.file = item_->file().toLocalFile(),
-                               .duration = local_.duration().value_or(0),
+                               .duration = local_->duration().value_or(0),
                                .startPosition = start});
     kept_.reset();
     follow();
@@ -101,6 +101,7 @@ void LinuxPlayer::lose(bool isDropped) {
     kept_ = currentTime();
     detach();
     wantsAttachment_ = false;
+    isDropped_ = isDropped;
     wantsToPlay_ = wantsToPlay_ && isDropped;
     const QPointer<LinuxPlayer> alive(this);
     setExternal(false);

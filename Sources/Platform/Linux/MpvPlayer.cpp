@@ -15,7 +15,7 @@ namespace velmora {
 
 using namespace Qt::StringLiterals;
 
-MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : QObject(parent) {
+MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : LocalEngine(parent) {
     std::setlocale(LC_NUMERIC, "C");
     mpv_handle* const mpv = mpv_create();
     if (!mpv) {
@@ -116,7 +116,7 @@ std::optional<double> MpvPlayer::position() const {
     return seeking_ ? seeking_->seconds : position_;
 }
 
-void MpvPlayer::seek(double seconds, Seek how, std::function<void(bool)> done) {
+void MpvPlayer::seek(double seconds, Seek how, Sought done) {
     answer(nextSeek_, false);
     nextSeek_ = WantedSeek{std::max(seconds, 0.0), how, std::move(done)};
     if (stage_ == Stage::empty) return answer(nextSeek_, false);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "System/Player.h"
+#include "Platform/Linux/LocalEngine.h"
 
 #include <QByteArray>
 #include <QList>
@@ -24,7 +24,7 @@ namespace velmora {
 ///
 /// mpv shows broken pictures when a track change and a seek overlap, so each waits for the one before, and
 /// the first seek after a track change is made twice.
-class MpvPlayer : public QObject {
+class MpvPlayer : public LocalEngine {
     Q_OBJECT
 
   public:
@@ -33,72 +33,39 @@ class MpvPlayer : public QObject {
         QString hardwareDecoding = QStringLiteral("auto-safe");
     };
 
-    struct Track {
-        MediaGroup::Kind kind = MediaGroup::Kind::audible;
-        int number = 0;  ///< from 1 in its kind, as in the file
-        QString title{};
-        QString language{};  ///< the tag as the file has it
-        int channels = 0;    ///< 0 when unknown
-        bool isForced = false;
-        bool describesSound = false;
-        bool isSelected = false;  ///< when the file was loaded
-
-        friend bool operator==(const Track&, const Track&) = default;
-    };
-
-    enum class Seek {
-        exact,
-        keyFrame,  ///< to the key frame before; quicker
-    };
+    [[nodiscard]] static Maker maker(const Options& options) {
+        return [options] { return std::make_unique<MpvPlayer>(options); };
+    }
 
     /// Numbers must be written with a full stop in this process (`LC_NUMERIC`), or mpv refuses to work: the
     /// first player sees to that.
     explicit MpvPlayer(const Options& options, QObject* parent = nullptr);
     ~MpvPlayer() override;
 
-    /// Starts over with this file, paused unless told otherwise. The outcome is `ready` or `failed`.
-    void load(const QString& file);
-    void unload();
-
-    void setPaused(bool paused);
-    [[nodiscard]] bool isPaused() const { return isPaused_; }
-
-    /// Waits for the file to be ready, for the seek under way and for a track change. `done` is called once,
-    /// from the event loop: with false when another seek or another file came between.
-    void seek(double seconds, Seek how, std::function<void(bool finished)> done);
-    /// A number out of `tracks`; absent turns the kind off.
-    void selectTrack(MediaGroup::Kind kind, std::optional<int> number);
-
+    void load(const QString& file) override;
+    void unload() override;
+    void setPaused(bool paused) override;
+    [[nodiscard]] bool isPaused() const override { return isPaused_; }
+    void seek(double seconds, Seek how, Sought done) override;
+    void selectTrack(MediaGroup::Kind kind, std::optional<int> number) override;
     /// Played to the end, and not moved since.
     [[nodiscard]] bool hasEnded() const { return hasEnded_; }
-    [[nodiscard]] bool isReady() const { return stage_ == Stage::ready; }
-    /// Seconds; during a seek its target. Absent without a file.
-    [[nodiscard]] std::optional<double> position() const;
-    /// Seconds; absent until ready, and where the file does not tell.
-    [[nodiscard]] std::optional<double> duration() const { return duration_; }
-    /// Empty until ready.
-    [[nodiscard]] const QList<Track>& tracks() const { return tracks_; }
-
-    /// Whether the last picture stays at the end.
-    void setKeepsLastPicture(bool on);
+    [[nodiscard]] bool isReady() const override { return stage_ == Stage::ready; }
+    [[nodiscard]] std::optional<double> position() const override;
+    [[nodiscard]] std::optional<double> duration() const override { return duration_; }
+    [[nodiscard]] QList<Track> tracks() const override { return tracks_; }
+    void setKeepsLastPicture(bool on) override;
 
     /// For whoever draws, see `MpvPicture`; until then pictures are decoded and not drawn. Null when libmpv
     /// does not start. Whoever keeps it keeps mpv, which falls silent all the same once the player is gone.
     [[nodiscard]] const std::shared_ptr<mpv_handle>& handle() const { return mpv_; }
-
-  Q_SIGNALS:
-    void ready();
-    /// The file cannot be played, or breaks off: in plain words.
-    void failed(const QString& reason);
-    /// Played to the end, and paused there.
-    void ended();
 
   private:
     enum class Stage { empty, loading, ready };
     struct WantedSeek {
         double seconds = 0;
         Seek how = Seek::exact;
-        std::function<void(bool)> done;
+        Sought done;
     };
 
     /// What an answer of mpv's is about.

@@ -32,11 +32,27 @@ QList<Receiver> TelevisionNetwork::receivers() const {
 std::unique_ptr<NetworkOutputContext> TelevisionNetwork::makeContext() {
     const NetworkOutputContext::World world{
         .receivers = [this] { return receivers(); },
-        .output = {
-            .resolve =
-                [this](const Receiver& receiver) { return discovery_.resolve(receiver, lookupPatience); },
-            .makePlayback = [this] { return makePlayback(); }}};
+        .output = {.resolve = [this](const Receiver& receiver) { return resolve(receiver); },
+                   .makePlayback = [this] { return makePlayback(); }}};
     return std::make_unique<NetworkOutputContext>(clock_, world);
+}
+
+QCoro::Task<RemoteOutput::Resolved> TelevisionNetwork::resolve(Receiver receiver) {
+    const RemoteOutput::Resolved found = co_await discovery_.resolve(receiver, lookupPatience);
+    if (!found) co_return found;
+    co_return asAnnounced(*found);
+}
+
+Receiver TelevisionNetwork::asAnnounced(const Receiver& typed) const {
+    if (typed.announced) return typed;
+    for (const Receiver& seen : discovery_.receivers()) {
+        const bool isSame =
+            seen.port == typed.port && std::ranges::any_of(typed.addresses, [&](const auto& address) {
+                return seen.addresses.contains(address);
+            });
+        if (isSame) return seen;
+    }
+    return typed;
 }
 
 RemoteOutput::Made TelevisionNetwork::makePlayback() {

@@ -26,7 +26,12 @@ class TelevisionNetwork {
     /// Those on the network, by name, then those that were used before and do not show, the latest first.
     [[nodiscard]] QList<Receiver> receivers() const;
 
+    /// The receiver as it is reached now, and as it announces itself even if it was named by its address:
+    /// that tells how to speak to it.
+    [[nodiscard]] QCoro::Task<RemoteOutput::Resolved> resolve(Receiver receiver);
+
   private:
+    [[nodiscard]] Receiver asAnnounced(const Receiver& typed) const;
     [[nodiscard]] RemoteOutput::Made makePlayback();
 
     Clock& clock_;

@@ -16,20 +16,6 @@ constexpr double earlyEnd = 0.09;
 constexpr Clock::Duration drowsy = 1s;  // how long the picture of a waking television lasts
 constexpr Clock::Duration timeToWake = 2500ms;
 
-QString nameOf(State state) {
-    switch (state) {
-        case State::idle:
-            return u"stopped"_s;
-        case State::loading:
-            return u"loading"_s;
-        case State::playing:
-            return u"playing"_s;
-        case State::paused:
-            return u"paused"_s;
-    }
-    return {};
-}
-
 bool isRequest(const QVariantMap& message) {
     return message.value(u"kind"_s) == u"request"_s &&
            message.value(u"messageID"_s).typeId() == QMetaType::LongLong;
@@ -185,7 +171,7 @@ void QueueVerbs::tell(State state, const QString& reason) {
         tellState(u"playing"_s, info());
         if (!std::exchange(hasPlayed_, true)) playedFirst();
     } else if (state != State::idle) {
-        tellState(nameOf(state), info());
+        tellState(SimulatedPlayer::eventName(state), info());
     } else if (reason == "ended"_L1) {
         tellEnd();
     } else if (reason == "interrupted"_L1 || reason == "left"_L1) {
@@ -244,7 +230,7 @@ void QueueVerbs::tellFailure(const QString& /*reason*/) {
 QVariantMap QueueVerbs::info() const {
     const SimulatedPlayer& player = context_.player;
     const QVariantMap range{{u"start"_s, timeFrom(0)}, {u"duration"_s, timeFrom(player.duration())}};
-    QVariantMap info{{u"playbackState"_s, nameOf(player.state())},
+    QVariantMap info{{u"playbackState"_s, SimulatedPlayer::eventName(player.state())},
                      {u"rate"_s, player.rate()},
                      {u"readyToPlay"_s, player.isReady()},
                      {u"item"_s, item()}};

@@ -46,7 +46,7 @@ class ApplicationAdaptor : public QDBusAbstractAdaptor {
         : QDBusAbstractAdaptor(&service), service_(service) {}
 
   public Q_SLOTS:
-    // NOLINTBEGIN(readability-identifier-naming): named by the desktop's specification
+    // NOLINTBEGIN(readability-identifier-naming): named by the desktop's standard
     void Activate(const QVariantMap& platformData);
     void Open(const QStringList& uris, const QVariantMap& platformData);
     void ActivateAction(const QString& name, const QVariantList& parameters, const QVariantMap& platformData);

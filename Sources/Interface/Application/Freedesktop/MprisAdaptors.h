@@ -9,7 +9,7 @@
 
 namespace velmora {
 
-// What the bus sees of a player. Names, types and rules are those of the MPRIS specification, version 2.2.
+// What the bus sees of a player. Names, types and rules are those of MPRIS 2.2.
 // NOLINTBEGIN(readability-identifier-naming)
 
 class MprisRootAdaptor : public QDBusAbstractAdaptor {

@@ -2,6 +2,7 @@
 
 #include "Interface/Application/Linux/LivePicture.h"
 #include "Interface/Application/Linux/NetworkTelevisions.h"
+#include "Platform/Linux/MpvPlayer.h"
 #include "Platform/Linux/NetworkOutputContext.h"
 
 #include <utility>
@@ -39,7 +40,8 @@ LinuxWorld::LinuxWorld()
       known_(preferences_),
       credentials_(clock_, secrets_),
       network_(clock_, discovery_, {&credentials_, &known_}),
-      players_(clock_, {.lightDisplay = [this] { return power_.lightDisplay(); }}),
+      players_(clock_,
+               {.makeLocal = MpvPlayer::maker({}), .lightDisplay = [this] { return power_.lightDisplay(); }}),
       preparer_(work_),
       artwork_(work_),
       world_{.clock = clock_,
@@ -60,7 +62,8 @@ std::unique_ptr<WindowWorld> LinuxWorld::makeWindowWorld() {
 
 std::unique_ptr<QQuickItem> LinuxWorld::makeLivePicture(Player& player) {
     auto* const local = dynamic_cast<LinuxPlayer*>(&player);
-    return local ? std::make_unique<LivePicture>(local->local().handle()) : nullptr;
+    auto* const mpv = local ? dynamic_cast<MpvPlayer*>(&local->local()) : nullptr;
+    return mpv ? std::make_unique<LivePicture>(mpv->handle()) : nullptr;
 }
 
 }  // namespace velmora

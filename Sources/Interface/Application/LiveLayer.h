@@ -9,7 +9,8 @@
 
 namespace velmora {
 
-/// The pictures of a window's player, whichever it is at the moment. Main thread only.
+/// The pictures of a window's player, whichever it is at the moment, while the item is visible in another.
+/// The implicit size is theirs, and empty while there is none. Main thread only.
 class LiveLayer : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
@@ -18,12 +19,15 @@ class LiveLayer : public QQuickItem {
 
   protected:
     void componentComplete() override;
+    void itemChange(ItemChange change, const ItemChangeData& value) override;
     void geometryChange(const QRectF& now, const QRectF& before) override;
 
   private:
     void follow();
+    void measure();
 
     MovieWindow* controller_ = nullptr;
+    const Player* shown_ = nullptr;
     std::unique_ptr<QQuickItem> picture_;
 };
 

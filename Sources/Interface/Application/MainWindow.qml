@@ -27,10 +27,9 @@ T.ApplicationWindow {
         routes: window.controller.routes
         mainMenu: window.controller.menu
 
-        liveLayer: Component {
-            LiveLayer {
-                controller: window.controller
-            }
+        liveLayer: LiveLayer {
+            anchors.fill: parent
+            controller: window.controller
         }
     }
 

@@ -44,9 +44,9 @@ bool MpvPicture::start(mpv_render_param* parameters) {
     }
     const auto tell = [](void* self) { static_cast<MpvPicture*>(self)->changed_(); };
     mpv_render_context_set_update_callback(context_, tell, this);
-    // Only now: without somebody to draw for, mpv would give up the movie's pictures altogether.
-    const char* output = "libmpv";
-    mpv_set_property_async(mpv_.get(), 0, "vo", MPV_FORMAT_STRING, static_cast<void*>(&output));
+    // Only now, and at once: without somebody to draw for, mpv would give up the movie's pictures altogether,
+    // and what is to be set later may come after the destructor, which does not wait in the same queue.
+    mpv_set_property_string(mpv_.get(), "vo", "libmpv");
     return true;
 }
 

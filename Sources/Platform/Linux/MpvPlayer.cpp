@@ -2,8 +2,10 @@
 
 #include "Diagnostics/Log.h"
 
+#include <QDir>
 #include <QFile>
 
+#include <dlfcn.h>
 #include <mpv/client.h>
 
 #include <algorithm>
@@ -15,8 +17,38 @@ namespace velmora {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+void dropComplaint(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
+                   const char* /*format*/, ...) {}
+
+/// What mpv's libraries have to say of devices that are not there goes to standard error, past mpv's own log.
+void quietenLibraries() {
+    for (const auto& [name, value] : {std::pair("PIPEWIRE_DEBUG", "0"), {"LIBVA_MESSAGING_LEVEL", "0"}}) {
+        if (!qEnvironmentVariableIsSet(name)) qputenv(name, value);
+    }
+    using TakeComplaints = int (*)(decltype(&dropComplaint));
+    // It comes with mpv or not at all.
+    if (void* const found = dlsym(RTLD_DEFAULT, "snd_lib_error_set_handler"))
+        reinterpret_cast<TakeComplaints>(found)(dropComplaint);
+}
+
+// What is not there mpv would look for at every file, which takes time, and complain of.
+
+bool hasNvidia() {
+    return QFile::exists(u"/dev/nvidia0"_s);
+}
+
+bool hasGraphicsProcessor() {
+    return hasNvidia() || !QDir(u"/dev/dri"_s).entryList({u"renderD*"_s}, QDir::System).isEmpty();
+}
+
+}  // namespace
+
 MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : LocalEngine(parent) {
     std::setlocale(LC_NUMERIC, "C");
+    static const bool isQuiet = (quietenLibraries(), true);
+    static_cast<void>(isQuiet);
     mpv_handle* const mpv = mpv_create();
     if (!mpv) {
         logger().error(u"player: libmpv does not start"_s);
@@ -44,14 +76,19 @@ MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : LocalEngine(pare
         {"audio-file-auto", "no"},
         {"cover-art-auto", "no"},
         {"audio-client-name", "Velmora"},
+        // What else there is to play sound with is for studios, or older.
+        {"ao", options.isMute ? "null" : "pipewire,pulse,alsa"},
         {"audio-fallback-to-null", "yes"},
         // A picture fills the place it has, which is of its own ratio but for rounding.
         {"panscan", "1"},
+        // Whoever draws does so at once.
+        {"video-timing-offset", "0"},
         {"vo", "null"},
-        {"hwdec", options.hardwareDecoding.toUtf8()},
+        {"hwdec", hasGraphicsProcessor() ? options.hardwareDecoding.toUtf8() : "no"},
+        // The others' decoders hand over in memory what they have decoded.
+        {"gpu-hwdec-interop", hasNvidia() ? "auto" : "no"},
     };
     for (const auto& [name, value] : settings) mpv_set_option_string(mpv, name, value.constData());
-    if (options.isMute) mpv_set_option_string(mpv, "ao", "null");
     if (const int error = mpv_initialize(mpv); error < 0) {
         logger().error(u"player: libmpv does not start: "_s + QString::fromUtf8(mpv_error_string(error)));
         mpv_.reset();
@@ -96,6 +133,7 @@ void MpvPlayer::reset() {
     hasEnded_ = isAsking_ = isSettling_ = isChangingTrack_ = haveTracksChanged_ = false;
     position_.reset();
     duration_.reset();
+    pictureSize_.reset();
     tracks_.clear();
     nextTrack_.fill(std::nullopt);
     answer(seeking_, false);

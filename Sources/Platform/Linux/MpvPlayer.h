@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QObject>
+#include <QSize>
 #include <QString>
 
 #include <array>
@@ -30,6 +31,7 @@ class MpvPlayer : public LocalEngine {
   public:
     struct Options {
         bool isMute = false;  ///< no sound device is opened; time runs all the same
+        /// As mpv's `hwdec`; tried where there is a graphics processor.
         QString hardwareDecoding = QStringLiteral("auto-safe");
     };
 
@@ -56,6 +58,9 @@ class MpvPlayer : public LocalEngine {
     [[nodiscard]] QList<Track> tracks() const override { return tracks_; }
     void setKeepsLastPicture(bool on) override;
 
+    /// As it is to be seen, upright and with square pixels. Absent until ready, and without a picture.
+    [[nodiscard]] std::optional<QSize> pictureSize() const { return pictureSize_; }
+
     /// For whoever draws, see `MpvPicture`; until then pictures are decoded and not drawn. Null when libmpv
     /// does not start. Whoever keeps it keeps mpv, which falls silent all the same once the player is gone.
     [[nodiscard]] const std::shared_ptr<mpv_handle>& handle() const { return mpv_; }
@@ -69,7 +74,7 @@ class MpvPlayer : public LocalEngine {
     };
 
     /// What an answer of mpv's is about.
-    enum class Reply { none, loading, seekSent, trackChanged, tracks, duration, position };
+    enum class Reply { none, loading, seekSent, trackChanged, tracks, picture, duration, position };
     static constexpr int replyBits = 4;
 
     void takeEvents();
@@ -98,6 +103,7 @@ class MpvPlayer : public LocalEngine {
     bool isAsking_ = false;    ///< for what there is to know of a loaded file
     std::optional<double> position_;
     std::optional<double> duration_;
+    std::optional<QSize> pictureSize_;
     QList<Track> tracks_;
 
     std::optional<WantedSeek> nextSeek_;

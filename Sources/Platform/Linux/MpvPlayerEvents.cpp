@@ -75,6 +75,13 @@ QList<MpvPlayer::Track> tracksFrom(const mpv_node& list) {
     return tracks;
 }
 
+std::optional<QSize> pictureSizeFrom(const mpv_node& parameters) {
+    const QSize size(static_cast<int>(numberIn(parameters, "dw")),
+                     static_cast<int>(numberIn(parameters, "dh")));
+    if (size.isEmpty()) return std::nullopt;
+    return numberIn(parameters, "rotate") % 180 == 0 ? size : size.transposed();
+}
+
 /// The value of a number property; absent when it has none now.
 std::optional<double> numberOf(const mpv_event_property& property) {
     if (property.format != MPV_FORMAT_DOUBLE) return std::nullopt;
@@ -145,6 +152,9 @@ void MpvPlayer::takeReply(const mpv_event& event) {
         case Reply::tracks:
             if (isFine) tracks_ = tracksFrom(*static_cast<const mpv_node*>(property->data));
             return;
+        case Reply::picture:
+            if (isFine) pictureSize_ = pictureSizeFrom(*static_cast<const mpv_node*>(property->data));
+            return;
         case Reply::duration:
             if (isFine) duration_ = numberOf(*property);
             return;
@@ -176,6 +186,7 @@ void MpvPlayer::takeRestart() {
     if (playingEntry_ != awaitedEntry_) return;
     if (stage_ == Stage::loading && !std::exchange(isAsking_, true)) {
         mpv_get_property_async(mpv_.get(), tagged(Reply::tracks), "track-list", MPV_FORMAT_NODE);
+        mpv_get_property_async(mpv_.get(), tagged(Reply::picture), "video-params", MPV_FORMAT_NODE);
         mpv_get_property_async(mpv_.get(), tagged(Reply::duration), "duration", MPV_FORMAT_DOUBLE);
         mpv_get_property_async(mpv_.get(), tagged(Reply::position), "time-pos", MPV_FORMAT_DOUBLE);
     } else if (seeking_ && !isSettling_) {

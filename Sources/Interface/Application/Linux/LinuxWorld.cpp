@@ -63,7 +63,7 @@ std::unique_ptr<WindowWorld> LinuxWorld::makeWindowWorld() {
 std::unique_ptr<QQuickItem> LinuxWorld::makeLivePicture(Player& player) {
     auto* const local = dynamic_cast<LinuxPlayer*>(&player);
     auto* const mpv = local ? dynamic_cast<MpvPlayer*>(&local->local()) : nullptr;
-    return mpv ? std::make_unique<LivePicture>(mpv->handle()) : nullptr;
+    return mpv ? std::make_unique<LivePicture>(*mpv) : nullptr;
 }
 
 }  // namespace velmora

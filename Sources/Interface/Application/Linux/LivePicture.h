@@ -1,35 +1,42 @@
 #pragma once
 
-#include <QImage>
+#include "Platform/Linux/MpvPlayer.h"
+
+#include <QPointer>
 #include <QQuickItem>
 
 #include <memory>
 
-struct mpv_handle;
-
 namespace velmora {
 
-/// What a player on this computer shows, with round corners. Nothing is drawn until there is a picture.
+/// What a player on this computer shows, whole and with round corners, in the middle of the item; nothing
+/// until there is a picture. Its implicit size is the picture's, and empty without one. Main thread only.
 ///
-/// Where the window is drawn with OpenGL, mpv draws with it too; otherwise on the processor. Main thread
-/// only.
+/// Where the window is drawn with OpenGL, mpv draws with it too, straight into what the window shows;
+/// otherwise, or where mpv refuses, it draws on the processor.
 class LivePicture : public QQuickItem {
     Q_OBJECT
 
   public:
     static constexpr double radius = 10;  ///< of the corners, as the still's
 
-    /// Of an `MpvPlayer`, and shown by nothing else meanwhile; null shows nothing.
-    explicit LivePicture(std::shared_ptr<mpv_handle> mpv);
+    /// Shown by nothing else meanwhile.
+    explicit LivePicture(MpvPlayer& player);
 
   protected:
     void itemChange(ItemChange change, const ItemChangeData& value) override;
     void geometryChange(const QRectF& now, const QRectF& before) override;
 
   private:
-    void begin();
+    void choosePainter();
+    void takePainter(std::unique_ptr<QQuickItem> painter);
+    void useMemory();
+    void takeFirstPicture();
+    void measure();
+    void fit();
 
-    std::shared_ptr<mpv_handle> mpv_;
+    const QPointer<MpvPlayer> player_;
+    bool hasPicture_ = false;
     std::unique_ptr<QQuickItem> painter_;
 };
 

@@ -42,8 +42,13 @@ bool MpvPicture::start(mpv_render_param* parameters) {
         context_ = nullptr;
         return false;
     }
-    const auto tell = [](void* self) { static_cast<MpvPicture*>(self)->changed_(); };
+    const auto tell = [](void* self) {
+        auto* const picture = static_cast<MpvPicture*>(self);
+        picture->hasNews_ = true;
+        picture->changed_();
+    };
     mpv_render_context_set_update_callback(context_, tell, this);
+    hasNews_ = false;  // so far it was but the greeting
     // Only now, and at once: without somebody to draw for, mpv would give up the movie's pictures altogether,
     // and what is to be set later may come after the destructor, which does not wait in the same queue.
     mpv_set_property_string(mpv_.get(), "vo", "libmpv");
@@ -59,7 +64,9 @@ MpvPicture::~MpvPicture() {
 }
 
 bool MpvPicture::takeNews() {
-    const bool isNew = (mpv_render_context_update(context_) & MPV_RENDER_UPDATE_FRAME) != 0;
+    // What this returns forgets a picture that nobody has drawn for a fifth of a second.
+    mpv_render_context_update(context_);
+    const bool isNew = hasNews_.exchange(false);
     hasPicture_ = hasPicture_ || isNew;
     return isNew;
 }

@@ -2,6 +2,7 @@
 
 #include <QSize>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 
@@ -48,6 +49,7 @@ class MpvPicture {
     std::shared_ptr<mpv_handle> mpv_;
     Changed changed_;
     mpv_render_context* context_ = nullptr;
+    std::atomic<bool> hasNews_ = false;
     bool hasPicture_ = false;
 };
 

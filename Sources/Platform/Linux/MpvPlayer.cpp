@@ -81,6 +81,9 @@ MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : LocalEngine(pare
         {"audio-fallback-to-null", "yes"},
         // A picture fills the place it has, which is of its own ratio but for rounding.
         {"panscan", "1"},
+        // It is mostly drawn much smaller than it is.
+        {"dscale", "mitchell"},
+        {"correct-downscaling", "yes"},
         // Whoever draws does so at once.
         {"video-timing-offset", "0"},
         {"vo", "null"},

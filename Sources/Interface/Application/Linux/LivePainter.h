@@ -18,11 +18,11 @@ namespace velmora::LivePainter {
 /// Called on any thread.
 struct News {
     std::function<void()> begins;   ///< the first picture is about to be seen
-    std::function<void()> refuses;  ///< mpv does not draw this way
+    std::function<void()> refuses;  ///< this is not the way to draw here
 };
 
-/// Only where the window is drawn with OpenGL.
-[[nodiscard]] std::unique_ptr<QQuickItem> withOpenGl(std::shared_ptr<mpv_handle> mpv, News news);
+/// Only where the window is drawn with OpenGL. Refuses where there is no graphics processor, unless `always`.
+[[nodiscard]] std::unique_ptr<QQuickItem> withOpenGl(std::shared_ptr<mpv_handle> mpv, News news, bool always);
 /// Works in every window.
 [[nodiscard]] std::unique_ptr<QQuickItem> inMemory(std::shared_ptr<mpv_handle> mpv, News news);
 

@@ -15,7 +15,7 @@ constexpr double rounding = 1.5;  // what a box of the picture's ratio may diffe
 
 }  // namespace
 
-LivePicture::LivePicture(MpvPlayer& player) : player_(&player) {
+LivePicture::LivePicture(MpvPlayer& player, OpenGl openGl) : player_(&player), openGl_(openGl) {
     connect(&player, &MpvPlayer::ready, this, &LivePicture::measure);
 }
 
@@ -40,7 +40,8 @@ void LivePicture::choosePainter() {
     if (window()->rendererInterface()->graphicsApi() != QSGRendererInterface::OpenGL) return useMemory();
     takePainter(LivePainter::withOpenGl(player_->handle(),
                                         {.begins = LivePainter::later(this, &LivePicture::takeFirstPicture),
-                                         .refuses = LivePainter::later(this, &LivePicture::useMemory)}));
+                                         .refuses = LivePainter::later(this, &LivePicture::useMemory)},
+                                        openGl_ == OpenGl::always));
 }
 
 void LivePicture::useMemory() {

@@ -13,15 +13,18 @@ namespace velmora {
 /// until there is a picture. Its implicit size is the picture's, and empty without one. Main thread only.
 ///
 /// Where the window is drawn with OpenGL, mpv draws with it too, straight into what the window shows;
-/// otherwise, or where mpv refuses, it draws on the processor.
+/// otherwise, or where mpv refuses, it draws on the processor. So it does where OpenGL itself is drawn on the
+/// processor, which costs several times as much.
 class LivePicture : public QQuickItem {
     Q_OBJECT
 
   public:
     static constexpr double radius = 10;  ///< of the corners, as the still's
 
+    enum class OpenGl { withGraphicsProcessor, always };
+
     /// Shown by nothing else meanwhile.
-    explicit LivePicture(MpvPlayer& player);
+    explicit LivePicture(MpvPlayer& player, OpenGl openGl = OpenGl::withGraphicsProcessor);
 
   protected:
     void itemChange(ItemChange change, const ItemChangeData& value) override;
@@ -36,6 +39,7 @@ class LivePicture : public QQuickItem {
     void fit();
 
     const QPointer<MpvPlayer> player_;
+    const OpenGl openGl_;
     bool hasPicture_ = false;
     std::unique_ptr<QQuickItem> painter_;
 };

@@ -25,12 +25,19 @@ void* functionOf(void* /*context*/, const char* name) {
     return reinterpret_cast<void*>(QOpenGLContext::currentContext()->getProcAddress(name));
 }
 
+bool hasGraphicsProcessor() {
+    const GLubyte* const name = QOpenGLContext::currentContext()->functions()->glGetString(GL_RENDERER);
+    const QByteArrayView renderer(reinterpret_cast<const char*>(name));
+    return !renderer.contains("llvmpipe") && !renderer.contains("softpipe");
+}
+
 /// Lives on the thread that draws, as long as the scene graph keeps it, which may be longer than its item.
 class Renderer : public QQuickFramebufferObject::Renderer {
   public:
-    Renderer(std::shared_ptr<mpv_handle> mpv, News news, MpvPicture::Changed changed)
-        : news_(std::move(news)),
-          picture_(MpvPicture::withOpenGl(std::move(mpv), functionOf, std::move(changed))) {
+    Renderer(std::shared_ptr<mpv_handle> mpv, News news, bool always, MpvPicture::Changed changed)
+        : news_(std::move(news)) {
+        if (always || hasGraphicsProcessor())
+            picture_ = MpvPicture::withOpenGl(std::move(mpv), functionOf, std::move(changed));
         if (!picture_) news_.refuses();
     }
 
@@ -67,22 +74,24 @@ class Renderer : public QQuickFramebufferObject::Renderer {
 
 class Item : public QQuickFramebufferObject {
   public:
-    Item(std::shared_ptr<mpv_handle> mpv, News news) : mpv_(std::move(mpv)), news_(std::move(news)) {}
+    Item(std::shared_ptr<mpv_handle> mpv, News news, bool always)
+        : mpv_(std::move(mpv)), news_(std::move(news)), always_(always) {}
 
     [[nodiscard]] Renderer* createRenderer() const override {
         auto* const self = const_cast<Item*>(this);
-        return new LivePainter::Renderer(mpv_, news_, later<QQuickItem>(self, &QQuickItem::update));
+        return new LivePainter::Renderer(mpv_, news_, always_, later<QQuickItem>(self, &QQuickItem::update));
     }
 
   private:
     std::shared_ptr<mpv_handle> mpv_;
     News news_;
+    const bool always_;
 };
 
 }  // namespace
 
-std::unique_ptr<QQuickItem> withOpenGl(std::shared_ptr<mpv_handle> mpv, News news) {
-    return std::make_unique<Item>(std::move(mpv), std::move(news));
+std::unique_ptr<QQuickItem> withOpenGl(std::shared_ptr<mpv_handle> mpv, News news, bool always) {
+    return std::make_unique<Item>(std::move(mpv), std::move(news), always);
 }
 
 }  // namespace velmora::LivePainter

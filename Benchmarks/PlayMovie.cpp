@@ -22,8 +22,8 @@ RemotePlayback::World watchedWorld(Clock& clock, MediaServer& server, MediaServe
     const auto make = [&clock](const Approach& approach, std::shared_ptr<Access> access) {
         return makeControl(clock, approach, std::move(access));
     };
-    const auto publish = [&](const QString& path, const QHostAddress& receiver) {
-        auto publication = server.publish(path, receiver);
+    const auto publish = [&](const QString& path, const QHostAddress& receiver, const TrackChoice& tracks) {
+        auto publication = server.publish(path, receiver, tracks);
         if (publication) published = publication->get();
         return publication;
     };

@@ -10,9 +10,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("Durations", text);
-}
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Durations)
+};
 
 qint64 whole(double seconds) {
     return std::isfinite(seconds) && seconds > 0 ? static_cast<qint64>(seconds) : 0;
@@ -34,22 +35,22 @@ QString remaining(double seconds) {
 
 QString timeLeft(double seconds) {
     if (!std::isfinite(seconds)) return {};
-    if (seconds < 60) return tr("Less than a minute left");
+    if (seconds < 60) return Texts::tr("Less than a minute left");
     const auto minutes = static_cast<qint64>(std::round(seconds / 60));
-    if (minutes < 60) return tr("%1 min left").arg(minutes);
-    return tr("%1 h %2 min left").arg(minutes / 60).arg(minutes % 60);
+    if (minutes < 60) return Texts::tr("%1 min left").arg(minutes);
+    return Texts::tr("%1 h %2 min left").arg(minutes / 60).arg(minutes % 60);
 }
 
 QString spoken(double seconds) {
     const qint64 all = whole(seconds);
-    const auto inWords = [](qint64 count, const char* one, const char* many) {
-        return tr(count == 1 ? one : many).arg(count);
-    };
-    if (all < 60) return inWords(all, "%1 second", "%1 seconds");
+    if (all == 1) return Texts::tr("1 second");
+    if (all < 60) return Texts::tr("%n seconds", nullptr, static_cast<int>(all));
     const qint64 minutes = all / 60;
-    if (minutes < 60) return inWords(minutes, "%1 minute", "%1 minutes");
-    const QString hours = inWords(minutes / 60, "%1 hour", "%1 hours");
-    return minutes % 60 == 0 ? hours : tr("%1 %2").arg(hours).arg(minutes % 60);
+    if (minutes == 1) return Texts::tr("1 minute");
+    if (minutes < 60) return Texts::tr("%n minutes", nullptr, static_cast<int>(minutes));
+    const auto count = static_cast<int>(minutes / 60);
+    const QString hours = count == 1 ? Texts::tr("1 hour") : Texts::tr("%n hours", nullptr, count);
+    return minutes % 60 == 0 ? hours : Texts::tr("%1 %2").arg(hours).arg(minutes % 60);
 }
 
 }  // namespace velmora::Durations

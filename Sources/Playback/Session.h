@@ -12,6 +12,7 @@
 
 #include <QCoroTask>
 #include <QImage>
+#include <QMap>
 #include <QObject>
 #include <QPointer>
 
@@ -111,7 +112,7 @@ class Session : public QObject {
     void startOver();
     [[nodiscard]] bool canStartOver() const;
 
-    /// Absent turns the subtitles off.
+    /// Absent turns the subtitles off. Kept for as long as the movie is open, wherever it plays.
     void select(const std::optional<MediaOption>& option, MediaGroup::Kind kind);
 
   Q_SIGNALS:
@@ -201,6 +202,11 @@ class Session : public QObject {
     QCoro::Task<> loadTracks(std::weak_ptr<PlayerItem> item);
     [[nodiscard]] bool isPlayed(const std::weak_ptr<PlayerItem>& item) const;
     [[nodiscard]] QCoro::Task<std::optional<MediaGroup>> loadGroup(MediaGroup::Kind kind);
+    enum class Place { here, television };
+    void preselectTracks(const std::shared_ptr<PlayerItem>& item, Place place);
+    void preselect(PlayerItem& item, const MediaGroup& group);
+    [[nodiscard]] std::optional<MediaOption> switchOnSubtitles(PlayerItem& item, const MediaGroup& subtitles,
+                                                               const Tracks::Names& names);
     void showTracks(const std::optional<MediaGroup>& subtitles, const std::optional<MediaGroup>& audio);
     void clearTracks();
 
@@ -255,6 +261,7 @@ class Session : public QObject {
     std::optional<MediaOption> selectedSubtitle_;
     std::optional<MediaOption> selectedAudio_;
     Tracks::Names trackNames_;
+    QMap<MediaGroup::Kind, std::optional<MediaOption>> chosenTracks_;  ///< by the viewer, for this movie
 
     QImage poster_;
     QImage scrubPreview_;

@@ -79,7 +79,9 @@ QCoro::Task<> Session::handOver(Start start) {
 QCoro::Task<> Session::attempt(Start start, int number) {
     const Ticket ticket(this);
     incomingPlayer_ = makePlayer();
-    incomingPlayer_->replaceCurrentItem(world_.players.makeItem(start.file));
+    const std::shared_ptr<PlayerItem> item = world_.players.makeItem(start.file);
+    preselectTracks(item, Place::television);
+    incomingPlayer_->replaceCurrentItem(item);
     if (start.time && *start.time > shortestSeek) {
         co_await seekBeforePlaying(*start.time, number);
         if (!ticket.isForThisStart()) co_return;
@@ -124,6 +126,8 @@ QCoro::Task<> Session::waitForExternalPlayback() {
         const Completion<bool> pause = handoverWaits_.sleep(externalPollInterval);
         co_await pause;
         if (!ticket.isForThisStart()) co_return;
+        // The time counts from when the viewer has done their part.
+        if (airPlay_.awaitsViewer()) poll = -1;
     }
 }
 

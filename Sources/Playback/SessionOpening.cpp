@@ -8,6 +8,7 @@
 #include "Playback/SubtitleAdoption.h"
 #include "System/Preferences.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -16,6 +17,11 @@ using namespace Qt::StringLiterals;
 namespace velmora {
 
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Session)
+};
 
 QString folderOf(const QUrl& file) {
     return QDir::cleanPath(QFileInfo(file.toLocalFile()).absolutePath());
@@ -34,14 +40,14 @@ void Session::open(const QUrl& location, bool forceTranscode) {
     if (const auto movie = resolveMovie(location))
         openMovie(*movie, forceTranscode);
     else
-        fail(u"No movie found at %1."_s.arg(Names::fileName(location)));
+        fail(Texts::tr("No movie found at %1.").arg(Names::fileName(location)));
 }
 
 void Session::openWithSubtitle(const QUrl& subtitle, const QUrl& movie, bool forceTranscode) {
     if (folderOf(subtitle) != folderOf(movie)) {
         const std::optional<QUrl> copy = adoptSubtitle(subtitle, movie);
         if (!copy) {
-            fail(u"Couldn't copy %1 next to the movie."_s.arg(Names::fileName(subtitle)));
+            fail(Texts::tr("Couldn't copy %1 next to the movie.").arg(Names::fileName(subtitle)));
             return;
         }
         logger().notice(u"subtitle added: "_s + Names::fileName(*copy));
@@ -62,7 +68,7 @@ void Session::openMovie(const QUrl& movie, bool forceTranscode) {
     logger().notice(
         u"open %1 forceTranscode=%2"_s.arg(movie.toLocalFile(), SessionText::truth(forceTranscode)));
     showPoster(movie);
-    enter(Phase::Preparation{.source = movie, .stage = u"Looking at the file…"_s});
+    enter(Phase::Preparation{.source = movie, .stage = Texts::tr("Looking at the file…")});
     if (poster_.isNull()) captureEarlyPoster(movie);
     prepare(movie, forceTranscode);
 }
@@ -87,6 +93,7 @@ void Session::prepared(const QUrl& movie, const MoviePreparer::Outcome& outcome,
         return;
     }
     logger().notice(u"prepared %1: %2"_s.arg(outcome->file.toLocalFile(), outcome->note));
+    chosenTracks_.clear();
     enter(Phase::Playback{movie, outcome->file, outcome->note, outcome->subtitleTitles});
     loadThumbnails(movie);
     startPlayback({.file = outcome->file,
@@ -106,8 +113,8 @@ void Session::pickMovie(Desktop& desktop, Desktop::Picked picked) {
     QStringList extensions(movieExtensions().cbegin(), movieExtensions().cend());
     extensions.sort();
     const Desktop::MovieDialog dialog{
-        .title = u"Choose a movie"_s,
-        .message = u"Pick a movie. Subtitles next to it come along automatically."_s,
+        .title = Texts::tr("Choose a movie"),
+        .message = Texts::tr("Pick a movie. Subtitles next to it come along automatically."),
         .extensions = extensions};
     desktop.pickMovie(dialog, std::move(picked));
 }

@@ -14,6 +14,11 @@ namespace velmora {
 
 namespace {
 
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Session)
+};
+
 // Seconds. Whatever is this near to the beginning may as well begin there, and a place that is lost so early
 // costs the viewer nothing.
 constexpr double shortestSeek = 1;
@@ -54,7 +59,10 @@ void Session::adopt(std::shared_ptr<Player> player, const Start& start, Progress
     observePlayer();
     std::shared_ptr<PlayerItem> item;
     if (progress == Progress::loadedAndSought) item = player_->currentItem();
-    if (!item) item = world_.players.makeItem(start.file);
+    if (!item) {
+        item = world_.players.makeItem(start.file);
+        preselectTracks(item, Place::here);
+    }
     takeItem(item, start.source);
     setTimeline(currentTime_, memory_.savedDuration(start.source).value_or(0));
     clearTracks();
@@ -97,7 +105,7 @@ void Session::playbackFailed(const QString& error, const QUrl& source) {
     if (!phase_.ready()) return;
     releaseLater(player_->currentItem());
     stopPlayback();
-    const QString message = error.isEmpty() ? u"The movie stopped unexpectedly."_s : error;
+    const QString message = error.isEmpty() ? Texts::tr("The movie stopped unexpectedly.") : error;
     enter(Phase::Failure{.source = source, .message = message, .canTranscode = !lastWasTranscode_});
 }
 
@@ -107,6 +115,7 @@ void Session::stopPlayback() {
     player_->pause();
     detachObservers();
     player_->replaceCurrentItem(nullptr);
+    airPlay_.endPlayback();
     setOnAppleTV(false);
 }
 

@@ -77,11 +77,13 @@ QCoro::Task<> Session::recoverExternalPlayback() {
 // The movie must not run on unseen, or on this computer's screen, while the device shows nothing.
 QCoro::Task<> Session::pauseIfStalled() {
     const Ticket ticket(this);
-    const Completion<bool> pause = waits_.sleep(stallGuardDelay);
-    co_await pause;
-    if (!ticket.isForThisPlayer() || !airPlay_.deviceName() || handingOverTo_) co_return;
-    if (player_->isExternalPlaybackActive()) co_return;
-    if (player_->timeControlStatus() == Player::TimeControlStatus::paused) co_return;
+    do {
+        const Completion<bool> pause = waits_.sleep(stallGuardDelay);
+        co_await pause;
+        if (!ticket.isForThisPlayer() || !airPlay_.deviceName() || handingOverTo_) co_return;
+        if (player_->isExternalPlaybackActive()) co_return;
+        if (player_->timeControlStatus() == Player::TimeControlStatus::paused) co_return;
+    } while (airPlay_.awaitsViewer());
     logger().notice(u"stalled: "_s + airPlay_.deviceName().value_or(u"TV"_s) +
                     u" did not take the video; paused"_s);
     player_->pause();

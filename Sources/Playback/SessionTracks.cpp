@@ -43,6 +43,37 @@ QCoro::Task<std::optional<MediaGroup>> Session::loadGroup(MediaGroup::Kind kind)
     co_return *group;
 }
 
+// A television begins with what is selected before it is told to play, and every later change interrupts it:
+// it cannot wait for `loadTracks`. Asking costs nothing here, as the item answers once it is read anyway.
+void Session::preselectTracks(const std::shared_ptr<PlayerItem>& item, Place place) {
+    for (const auto kind : {MediaGroup::Kind::legible, MediaGroup::Kind::audible}) {
+        const bool mayTakeDefault = place == Place::television && kind == MediaGroup::Kind::legible;
+        if (!chosenTracks_.contains(kind) && !mayTakeDefault) continue;
+        const QPointer<Session> self(this);
+        const std::weak_ptr<PlayerItem> weak = item;
+        item->loadGroup(kind, [self, weak](const std::optional<MediaGroup>& group) {
+            const auto loaded = weak.lock();
+            if (self && loaded && group) self->preselect(*loaded, *group);
+        });
+    }
+}
+
+void Session::preselect(PlayerItem& item, const MediaGroup& group) {
+    if (chosenTracks_.contains(group.kind)) return item.select(chosenTracks_.value(group.kind), group.kind);
+    const auto* playback = phase_.ready();
+    if (!playback || item.selected(group.kind)) return;
+    (void)switchOnSubtitles(item, group, Tracks::names(group, std::nullopt, playback->subtitleTitles));
+}
+
+std::optional<MediaOption> Session::switchOnSubtitles(PlayerItem& item, const MediaGroup& subtitles,
+                                                      const Tracks::Names& names) {
+    const auto chosen = Tracks::defaultSubtitle(subtitles, names, world_.preferredLanguages());
+    if (!chosen) return std::nullopt;
+    item.select(chosen, MediaGroup::Kind::legible);
+    logger().notice(u"subtitles: switched on "_s + chosen->displayName);
+    return chosen;
+}
+
 void Session::showTracks(const std::optional<MediaGroup>& subtitles, const std::optional<MediaGroup>& audio) {
     const std::shared_ptr<PlayerItem> item = player_->currentItem();
     const auto* playback = phase_.ready();
@@ -51,13 +82,9 @@ void Session::showTracks(const std::optional<MediaGroup>& subtitles, const std::
     audioGroup_ = audio && audio->options.size() >= 2 ? audio : std::nullopt;
     selectedAudio_ = audio ? item->selected(MediaGroup::Kind::audible) : std::nullopt;
     selectedSubtitle_ = subtitles ? item->selected(MediaGroup::Kind::legible) : std::nullopt;
-    if (subtitles && !selectedSubtitle_) {
-        selectedSubtitle_ = Tracks::defaultSubtitle(*subtitles, trackNames_, world_.preferredLanguages());
-        if (selectedSubtitle_) {
-            item->select(selectedSubtitle_, MediaGroup::Kind::legible);
-            logger().notice(u"subtitles: switched on "_s + selectedSubtitle_->displayName);
-        }
-    }
+    const bool isOffByChoice = chosenTracks_.contains(MediaGroup::Kind::legible);
+    if (subtitles && !selectedSubtitle_ && !isOffByChoice)
+        selectedSubtitle_ = switchOnSubtitles(*item, *subtitles, trackNames_);
     Q_EMIT tracksChanged();
 }
 
@@ -72,6 +99,7 @@ void Session::clearTracks() {
 void Session::select(const std::optional<MediaOption>& option, MediaGroup::Kind kind) {
     const std::shared_ptr<PlayerItem> item = player_->currentItem();
     if (!item) return;
+    chosenTracks_.insert(kind, option);
     item->select(option, kind);
     if (kind == MediaGroup::Kind::legible && subtitleGroup_) selectedSubtitle_ = option;
     if (kind == MediaGroup::Kind::audible && audioGroup_) selectedAudio_ = option;

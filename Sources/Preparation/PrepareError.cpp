@@ -1,5 +1,6 @@
 #include "Preparation/Media.h"
 
+#include <QCoreApplication>
 #include <QLocale>
 
 #include <algorithm>
@@ -8,6 +9,11 @@ using namespace Qt::StringLiterals;
 
 namespace velmora {
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(PrepareError)
+};
 
 constexpr qint64 gigabyte = 1'000'000'000;
 
@@ -31,25 +37,27 @@ PrepareError PrepareError::system(const std::error_code& code) {
 QString PrepareError::errorDescription() const {
     switch (which) {
         case Case::probeFailed:
-            return detail.isEmpty() ? u"That doesn't look like a video file."_s
-                                    : u"Couldn't read the file: "_s + detail;
+            return detail.isEmpty() ? Texts::tr("That doesn't look like a video file.")
+                                    : Texts::tr("Couldn't read the file: %1").arg(detail);
         case Case::notEnoughSpace:
-            return u"Not enough free disk space to prepare this movie. Needs about "_s +
-                   formattedSize(needed) + u", "_s + formattedSize(free) + u" free."_s;
+            return Texts::tr("Not enough free disk space to prepare this movie. Needs about %1, %2 free.")
+                .arg(formattedSize(needed), formattedSize(free));
         case Case::ffmpegFailed:
-            return detail.isEmpty() ? u"ffmpeg couldn't convert the file."_s
-                                    : u"ffmpeg couldn't convert the file:\n"_s + detail;
+            return detail.isEmpty() ? Texts::tr("ffmpeg couldn't convert the file.")
+                                    : Texts::tr("ffmpeg couldn't convert the file:\n%1").arg(detail);
         case Case::toolsMissing:
-            return u"The bundled ffmpeg is missing. Rebuild the app, or install ffmpeg with Homebrew:  "
-                   "brew install ffmpeg"_s;
+            return Texts::tr(
+                "The bundled ffmpeg is missing. Rebuild the app, or install ffmpeg with Homebrew:  brew "
+                "install ffmpeg");
         case Case::unreadable:
-            return u"That file can't be read."_s;
+            return Texts::tr("That file can't be read.");
         case Case::noVideo:
-            return u"No video stream found in that file."_s;
+            return Texts::tr("No video stream found in that file.");
         case Case::busy:
-            return u"Another Velmora is already preparing this movie. Try again when it has finished."_s;
+            return Texts::tr(
+                "Another Velmora is already preparing this movie. Try again when it has finished.");
         case Case::cancelled:
-            return u"Preparation was cancelled."_s;
+            return Texts::tr("Preparation was cancelled.");
         case Case::system:
             break;
     }

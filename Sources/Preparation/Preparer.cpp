@@ -6,10 +6,16 @@
 #include "Preparation/PartialFile.h"
 #include "Preparation/Tools.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 
 namespace velmora {
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Preparer)
+};
 
 using namespace Qt::StringLiterals;
 using Case = PrepareError::Case;
@@ -43,17 +49,18 @@ bool playsAsIs(const Plan& plan) {
 QString stageText(const Plan& plan) {
     if (encodesVideo(plan)) {
         const bool tenBit = std::get<Plan::VideoEncode>(plan.video).tenBit;
-        return plan.encoder.isHardware(tenBit) ? u"Re-encoding video for Apple TV (hardware)"_s
-                                               : u"Re-encoding video for Apple TV (software)"_s;
+        return plan.encoder.isHardware(tenBit) ? Texts::tr("Re-encoding video for Apple TV (hardware)")
+                                               : Texts::tr("Re-encoding video for Apple TV (software)");
     }
-    return encodesAudio(plan) ? u"Repacking, re-encoding audio only"_s
-                              : u"Repacking for Apple TV, no re-encode"_s;
+    return encodesAudio(plan) ? Texts::tr("Repacking, re-encoding audio only")
+                              : Texts::tr("Repacking for Apple TV, no re-encode");
 }
 
 QString shownStage(const Plan& plan) {
     const QString stage = stageText(plan);
     if (plan.skippedBitmapSubtitles < 1) return stage;
-    return u"%1 · %2 image subtitle track(s) left out"_s.arg(stage).arg(plan.skippedBitmapSubtitles);
+    return Texts::tr("%1 · %n image subtitle track(s) left out", nullptr, plan.skippedBitmapSubtitles)
+        .arg(stage);
 }
 
 /// The way from a plan to a prepared file.
@@ -88,11 +95,11 @@ class Production {
     }
 
     [[nodiscard]] Outcome reuse() const {
-        return Preparer::Result{prepared_, u"Prepared earlier, reusing"_s, plan_.subtitleTitles()};
+        return Preparer::Result{prepared_, Texts::tr("Prepared earlier, reusing"), plan_.subtitleTitles()};
     }
 
     void reportWaiting() const {
-        onUpdate_({{}, u"Waiting for another Velmora to finish preparing this movie…"_s, {}});
+        onUpdate_({{}, Texts::tr("Waiting for another Velmora to finish preparing this movie…"), {}});
     }
 
     [[nodiscard]] Outcome produce() const {
@@ -136,7 +143,7 @@ Outcome Preparer::prepare(const QUrl& source, bool forceTranscode, const UpdateC
     logger().notice(u"using %1 ffmpeg at %2"_s.arg(Tools::isBundled() ? u"bundled"_s : u"external"_s,
                                                    Tools::ffmpeg()->toLocalFile()));
     if (!QFileInfo(source.toLocalFile()).isReadable()) return failure(Case::unreadable);
-    onUpdate({{}, u"Looking at the file…"_s, {}});
+    onUpdate({{}, Texts::tr("Looking at the file…"), {}});
 
     const auto info = MediaProbe::probe(source, *Tools::ffprobe(), stop);
     if (stop.stop_requested()) return failure(Case::cancelled);
@@ -146,7 +153,7 @@ Outcome Preparer::prepare(const QUrl& source, bool forceTranscode, const UpdateC
     if (stop.stop_requested()) return failure(Case::cancelled);
     if (!plan) return std::unexpected(plan.error());
 
-    if (playsAsIs(*plan)) return Result{source, u"Already Apple-native, playing as is"_s, {}};
+    if (playsAsIs(*plan)) return Result{source, Texts::tr("Already Apple-native, playing as is"), {}};
     return Production(source, *info, *plan, forceTranscode, onUpdate, stop).run();
 }
 

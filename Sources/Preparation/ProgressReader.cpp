@@ -1,10 +1,17 @@
 #include "Preparation/ProgressReader.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <cmath>
 
 namespace velmora {
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Preparer)
+};
 
 using namespace Qt::StringLiterals;
 
@@ -30,7 +37,8 @@ std::optional<Preparer::Update> ProgressReader::read(const QString& line, double
     const std::optional<double> seconds = position(line);
     if (!seconds) return {};
     const double progress = std::clamp(*seconds / duration, 0.0, 1.0);
-    if (movesIndexAtEnd && progress >= nearlyDone) return Preparer::Update{{}, u"Finishing up…"_s, {}};
+    if (movesIndexAtEnd && progress >= nearlyDone)
+        return Preparer::Update{{}, Texts::tr("Finishing up…"), {}};
     std::optional<double> eta;
     if (progress > tooEarlyToEstimate) eta = elapsed / progress - elapsed;
     return Preparer::Update{progress, stage, eta};

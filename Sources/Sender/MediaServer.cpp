@@ -188,6 +188,7 @@ class PublishedMovie : public MediaServer::Publication {
         return url;
     }
     [[nodiscard]] MediaServer::Activity activity() const override { return registry_->activity(file_); }
+    [[nodiscard]] bool hasChosenTracks() const override { return file_->hasChosenTracks(); }
 
   private:
     std::shared_ptr<Registry> registry_;
@@ -227,8 +228,8 @@ quint16 MediaServer::port() const {
 }
 
 std::expected<std::unique_ptr<MediaServer::Publication>, QString> MediaServer::publish(
-    const QString& path, const QHostAddress& receiver) {
-    auto file = PublishedFile::open(path, {receiver});
+    const QString& path, const QHostAddress& receiver, const TrackChoice& tracks) {
+    auto file = PublishedFile::open(path, {receiver}, tracks);
     if (!file) return std::unexpected(file.error());
     d_->registry->add(*file);
     return std::make_unique<PublishedMovie>(d_->registry, *file, d_->port);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Sender/TrackOverlay.h"
+
 #include <QHostAddress>
 #include <QString>
 #include <QUrl>
@@ -46,6 +48,8 @@ class MediaServer {
         /// The URL for a receiver that reaches this computer under `local` (IPv4, or IPv6 without scope).
         [[nodiscard]] virtual QUrl url(const QHostAddress& local) const = 0;
         [[nodiscard]] virtual Activity activity() const = 0;
+        /// False for a file that is served with its own tracks for want of a way to choose others.
+        [[nodiscard]] virtual bool hasChosenTracks() const { return true; }
     };
 
     /// Listens on every address. `port` 0: one of the documented range, the first that is free, or any when
@@ -57,10 +61,10 @@ class MediaServer {
 
     [[nodiscard]] quint16 port() const;
 
-    /// Opens the file now; it stays readable even if it is renamed or deleted. Fails with the reason in plain
-    /// words.
-    [[nodiscard]] std::expected<std::unique_ptr<Publication>, QString> publish(const QString& path,
-                                                                               const QHostAddress& receiver);
+    /// Opens the file now; it stays readable even if it is renamed or deleted. Another choice of tracks wants
+    /// another publication, and so another URL. Fails with the reason in plain words.
+    [[nodiscard]] std::expected<std::unique_ptr<Publication>, QString> publish(
+        const QString& path, const QHostAddress& receiver, const TrackChoice& tracks = {});
 
   private:
     class Private;

@@ -53,6 +53,11 @@ void PlaybackSession::seek(double seconds) {
     tellChanges();
 }
 
+void PlaybackSession::chooseTracks(const TrackChoice& tracks) {
+    item_.tracks = tracks;
+    nap_.end();
+}
+
 void PlaybackSession::stop() {
     if (!goesOn()) return;
     // What waits for the user may wait for ever.
@@ -103,7 +108,8 @@ std::shared_ptr<PlaybackSession> PlaybackSession::again() const {
     item.startPosition = state().position;
     auto session = std::make_shared<PlaybackSession>(clock_, world_, receiver_, item);
     session->isPatient_ = true;
-    if (watch_ && watch_->phase() == Phase::paused) session->wantedRate_ = 0;
+    const bool isPaused = watch_ && watch_->phase() == Phase::paused;
+    if (isPaused || (isReloading_ && wantedRate_ == 0.0)) session->wantedRate_ = 0;
     return session;
 }
 
@@ -150,7 +156,8 @@ void PlaybackSession::listen() {
 }
 
 bool PlaybackSession::hasWishes() const {
-    return watch_->phase() != Phase::loading && (wantedSeek_ || wantedRate_);
+    const bool wantsTracks = item_.tracks != offeredTracks_;
+    return watch_->phase() != Phase::loading && (wantsTracks || wantedSeek_ || wantedRate_);
 }
 
 bool PlaybackSession::isFetched() const {
@@ -187,7 +194,7 @@ void PlaybackSession::conclude(Advice verdict) {
         case Advice::replaced:
             return finish(Phase::takenOver, PlaybackFailure::takenOver());
         case Advice::dropped:
-            if (!isLoading) return finish(Phase::dropped, PlaybackFailure::dropped());
+            if (!isLoading || isReloading_) return finish(Phase::dropped, PlaybackFailure::dropped());
             return finish(Phase::failed, PlaybackFailure::refused({}));
         default:
             break;

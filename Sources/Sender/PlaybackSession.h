@@ -34,6 +34,7 @@ class PlaybackSession : public std::enable_shared_from_this<PlaybackSession> {
     void pause();
     void resume();
     void seek(double seconds);
+    void chooseTracks(const TrackChoice& tracks);
     void stop();
     void supply(const QString& secret);
     [[nodiscard]] State state() const;
@@ -56,6 +57,7 @@ class PlaybackSession : public std::enable_shared_from_this<PlaybackSession> {
     [[nodiscard]] QCoro::Task<> obey();
     [[nodiscard]] QCoro::Task<> poll();
     [[nodiscard]] QCoro::Task<> follow(Advice advice);
+    [[nodiscard]] QCoro::Task<> reload();
     [[nodiscard]] QCoro::Task<> seekTo(double seconds);
     [[nodiscard]] QCoro::Task<> setRate(double rate);
     [[nodiscard]] QCoro::Task<> leave();
@@ -86,9 +88,12 @@ class PlaybackSession : public std::enable_shared_from_this<PlaybackSession> {
     Clock::Instant toldAt_{};
     std::shared_ptr<VideoControl> control_;
     std::unique_ptr<MediaServer::Publication> publication_;
+    TrackChoice offeredTracks_;                           // by the publication, as far as it can
+    std::unique_ptr<MediaServer::Publication> replaced_;  // until the receiver has let go of it
     std::optional<PlaybackWatch> watch_;
     std::weak_ptr<PlaybackSession> previous_;
     bool replacesOurs_ = false;
+    bool isReloading_ = false;
     bool owesStop_ = false;  // the receiver was told to play
     bool isOver_ = false;    // nothing more is wanted but a farewell
     bool isFetchNoted_ = false;

@@ -6,6 +6,7 @@
 #include <QUuid>
 
 #include <algorithm>
+#include <cmath>
 
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
@@ -82,7 +83,8 @@ QCoro::Task<bool> PlaybackSession::begin() {
         finish(Phase::failed, PlaybackFailure::unusableAddress());
         co_return false;
     }
-    auto published = world_.publish(item_.file, control_->peerAddress());
+    offeredTracks_ = item_.tracks;
+    auto published = world_.publish(item_.file, control_->peerAddress(), offeredTracks_);
     if (!published) {
         finish(Phase::failed, published.error());
         co_return false;
@@ -103,7 +105,10 @@ QCoro::Task<bool> PlaybackSession::sendPlay() {
     const VideoControl::Outcome outcome = co_await control_->play(movie);
     if (!goesOn()) co_return false;
     if (!outcome) {
-        finish(Phase::failed, PlaybackFailure::refused(outcome.error()));
+        const bool isLost = isReloading_ && mayComeBack(outcome.error());
+        if (isLost) owesStop_ = false;
+        finish(isLost ? Phase::dropped : Phase::failed,
+               isLost ? PlaybackFailure::dropped() : PlaybackFailure::refused(outcome.error()));
         co_return false;
     }
     if (watch_) {
@@ -130,12 +135,37 @@ QCoro::Task<> PlaybackSession::watchUntilOver() {
 }
 
 QCoro::Task<> PlaybackSession::obey() {
-    if (const auto seek = std::exchange(wantedSeek_, std::nullopt)) {
+    if (item_.tracks != offeredTracks_) {
+        co_await reload();
+    } else if (const auto seek = std::exchange(wantedSeek_, std::nullopt)) {
         co_await seekTo(*seek);
     } else if (const auto rate = std::exchange(wantedRate_, std::nullopt)) {
         co_await setRate(*rate);
     }
-    if (!isOver_) enter(watch_->phase());
+    if (goesOn()) enter(watch_->phase());
+}
+
+// As a new movie on the same connection, which receivers know how to take. Only the session knows that it is
+// the old one.
+QCoro::Task<> PlaybackSession::reload() {
+    offeredTracks_ = item_.tracks;
+    auto published = world_.publish(item_.file, control_->peerAddress(), offeredTracks_);
+    if (!published) {
+        finish(Phase::failed, published.error());
+        co_return;
+    }
+    if (!(*published)->hasChosenTracks()) co_return;
+    const State now = state();
+    logger().notice(u"television: other tracks, loading again at %1 s"_s.arg(std::round(now.position)));
+    if (!wantedRate_ && watch_->phase() == Phase::paused) wantedRate_ = 0;
+    wantedSeek_.reset();
+    item_.startPosition = now.position;
+    item_.duration = now.duration;
+    replaced_ = std::exchange(publication_, *std::move(published));
+    replacesOurs_ = isReloading_ = true;
+    watch_.reset();
+    enter(Phase::loading);
+    co_await sendPlay();
 }
 
 QCoro::Task<> PlaybackSession::poll() {
@@ -149,6 +179,10 @@ QCoro::Task<> PlaybackSession::poll() {
     if (isFetched() && !std::exchange(isFetchNoted_, true)) control_->noteFetched();
     const Advice advice = watch_->report(*report, isFetched(), clock_.now());
     enter(watch_->phase());
+    if (watch_->phase() != Phase::loading) {
+        isReloading_ = false;
+        replaced_.reset();
+    }
     if (advice == Advice::failed && !isFetched() && !watch_->fault() && control_->tryAnotherWay()) {
         watch_.reset();
         co_await sendPlay();
@@ -194,6 +228,7 @@ QCoro::Task<> PlaybackSession::leave() {
     if (control_) control_->close();
     // After a drop the television may go on from what it still fetches.
     if (state_.phase != Phase::dropped) publication_.reset();
+    replaced_.reset();
 }
 
 }  // namespace velmora

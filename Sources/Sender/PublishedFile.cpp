@@ -1,5 +1,7 @@
 #include "Sender/PublishedFile.h"
 
+#include "Diagnostics/Log.h"
+
 #include <QDateTime>
 #include <QFile>
 #include <QLocale>
@@ -55,6 +57,42 @@ QString cannotOpen(const QString& path, const QString& reason) {
     return QStringLiteral("\u201c%1\u201d cannot be opened for the television: %2").arg(path, reason);
 }
 
+/// A range of a file that is sent with some bytes changed. The system cannot send such a range by itself.
+struct PatchedRange {
+    int descriptor;  ///< its own
+    qint64 offset;
+    QList<BytePatch> patches;
+};
+
+// Callbacks of the response, on the threads of the server.
+
+ssize_t readPatched(void* context, uint64_t position, char* buffer, size_t size) {
+    const auto& range = *static_cast<const PatchedRange*>(context);
+    const qint64 begin = range.offset + qint64(position);
+    const ssize_t count = ::pread(range.descriptor, buffer, size, begin);
+    // Shorter than it was: what is missing cannot be sent.
+    if (count <= 0) return MHD_CONTENT_READER_END_WITH_ERROR;
+    for (const BytePatch& patch : range.patches)
+        if (patch.offset >= begin && patch.offset < begin + count) buffer[patch.offset - begin] = patch.value;
+    return count;
+}
+
+void endPatched(void* context) {
+    const std::unique_ptr<PatchedRange> range(static_cast<PatchedRange*>(context));
+    ::close(range->descriptor);
+}
+
+MHD_Response* patchedResponse(std::unique_ptr<PatchedRange> range, qint64 length) {
+    constexpr size_t blockSize = size_t{256} * 1024;
+    MHD_Response* const response =
+        MHD_create_response_from_callback(quint64(length), blockSize, &readPatched, range.get(), &endPatched);
+    if (response)
+        (void)range.release();
+    else
+        ::close(range->descriptor);
+    return response;
+}
+
 void addHeader(MHD_Response* response, const char* name, const QByteArray& value) {
     MHD_add_response_header(response, name, value.constData());
 }
@@ -62,7 +100,7 @@ void addHeader(MHD_Response* response, const char* name, const QByteArray& value
 }  // namespace
 
 std::expected<std::shared_ptr<const PublishedFile>, QString> PublishedFile::open(
-    const QString& path, const QList<QHostAddress>& receivers) {
+    const QString& path, const QList<QHostAddress>& receivers, const TrackChoice& tracks) {
     // Non-blocking, so that a pipe in the movie's place is found out and not waited for.
     const int descriptor =
         ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
@@ -77,13 +115,18 @@ std::expected<std::shared_ptr<const PublishedFile>, QString> PublishedFile::open
 
     const MediaKind& kind = mediaKind(path);
     file->size_ = status.st_size;
-    file->urlPath_ = "/m/" + token() + "/movie." + kind.extension;
+    const QByteArray name = token();
+    file->urlPath_ = "/m/" + name + "/movie." + kind.extension;
     file->contentType_ = kind.contentType;
     file->lastModified_ = httpDate(status.st_mtim.tv_sec);
     file->tag_ = '"' + QByteArray::number(qint64(status.st_ino), 16) + '-' +
                  QByteArray::number(qint64(status.st_size), 16) + '-' +
                  QByteArray::number(qint64(status.st_mtim.tv_sec), 16) + '.' +
-                 QByteArray::number(qint64(status.st_mtim.tv_nsec), 16) + '"';
+                 QByteArray::number(qint64(status.st_mtim.tv_nsec), 16);
+    file->choose(tracks);
+    // Nobody's cache may take the one for the other.
+    if (!file->patches_.isEmpty()) file->tag_ += '-' + name.first(8);
+    file->tag_ += '"';
     return file;
 }
 
@@ -92,6 +135,15 @@ PublishedFile::PublishedFile(int descriptor, QList<QHostAddress> receivers)
 
 PublishedFile::~PublishedFile() {
     ::close(descriptor_);
+}
+
+void PublishedFile::choose(const TrackChoice& tracks) {
+    const auto overlay = trackOverlay(descriptor_, size_, tracks);
+    hasChosenTracks_ = overlay.has_value();
+    if (overlay)
+        patches_ = *overlay;
+    else
+        logger().notice(QStringLiteral("tracks: the movie is sent with its own: ") + overlay.error());
 }
 
 bool PublishedFile::isFor(const QHostAddress& client) const {
@@ -131,10 +183,21 @@ MHD_Response* PublishedFile::body(const ByteRange& range) const {
     // their own and share no position.
     const int duplicate = ::fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
     if (duplicate < 0) return nullptr;
+    if (QList<BytePatch> patches = patchesIn(range); !patches.isEmpty()) {
+        auto patched = std::make_unique<PatchedRange>(duplicate, range.offset, std::move(patches));
+        return patchedResponse(std::move(patched), range.length);
+    }
     MHD_Response* const response =
         MHD_create_response_from_fd_at_offset64(quint64(range.length), duplicate, quint64(range.offset));
     if (!response) ::close(duplicate);
     return response;
+}
+
+QList<BytePatch> PublishedFile::patchesIn(const ByteRange& range) const {
+    QList<BytePatch> patches;
+    for (const BytePatch& patch : patches_)
+        if (patch.offset >= range.offset && patch.offset < range.end()) patches.append(patch);
+    return patches;
 }
 
 bool isSameHost(const QHostAddress& one, const QHostAddress& other) {

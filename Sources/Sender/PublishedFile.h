@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sender/ByteRange.h"
+#include "Sender/TrackOverlay.h"
 
 #include <QByteArray>
 #include <QHostAddress>
@@ -15,13 +16,14 @@ struct MHD_Response;
 namespace velmora {
 
 /// A movie that is open for serving: one descriptor, opened once, so that renaming, replacing or deleting
-/// the file changes nothing for a television that is in the middle of it. Immutable, hence usable from every
-/// thread.
+/// the file changes nothing for a television that is in the middle of it. Chosen tracks are laid over it as
+/// it is sent; the file itself stays as it is. Immutable, hence usable from every thread.
 class PublishedFile {
   public:
-    /// Fails, with the reason in plain words, for anything but a readable file that is not empty.
+    /// Fails, with the reason in plain words, for anything but a readable file that is not empty. A file
+    /// whose tracks cannot be chosen is served with its own.
     [[nodiscard]] static std::expected<std::shared_ptr<const PublishedFile>, QString> open(
-        const QString& path, const QList<QHostAddress>& receivers);
+        const QString& path, const QList<QHostAddress>& receivers, const TrackChoice& tracks = {});
     ~PublishedFile();
     PublishedFile(const PublishedFile&) = delete;
     PublishedFile& operator=(const PublishedFile&) = delete;
@@ -29,6 +31,8 @@ class PublishedFile {
     /// The path part of the URL: unguessable, plain ASCII, ends in the movie's kind.
     [[nodiscard]] const QByteArray& urlPath() const { return urlPath_; }
     [[nodiscard]] qint64 size() const { return size_; }
+    /// False for a file that is served with its own tracks for want of a way to choose others.
+    [[nodiscard]] bool hasChosenTracks() const { return hasChosenTracks_; }
     [[nodiscard]] bool isFor(const QHostAddress& client) const;
 
     /// What a request with these headers (empty when absent) is to get.
@@ -39,11 +43,15 @@ class PublishedFile {
 
   private:
     PublishedFile(int descriptor, QList<QHostAddress> receivers);
+    void choose(const TrackChoice& tracks);
     [[nodiscard]] MHD_Response* body(const ByteRange& range) const;
+    [[nodiscard]] QList<BytePatch> patchesIn(const ByteRange& range) const;
 
     int descriptor_;
     QList<QHostAddress> receivers_;
     qint64 size_ = 0;
+    QList<BytePatch> patches_;
+    bool hasChosenTracks_ = true;
     QByteArray urlPath_;
     QByteArray contentType_;
     QByteArray tag_;

@@ -15,12 +15,13 @@ RemotePlayback::World realWorld(Clock& clock, MediaServer& server, const Receive
     const auto make = [&clock](const Approach& approach, std::shared_ptr<Access> access) {
         return makeControl(clock, approach, std::move(access));
     };
-    return {.control = [&clock, memory, make](const Receiver& receiver) -> std::shared_ptr<VideoControl> {
-                return NegotiatedControl::make(clock, receiver, memory, make);
-            },
-            .publish = [&server](const QString& path,
-                                 const QHostAddress& receiver) { return server.publish(path, receiver); },
-            .mediaPort = server.port()};
+    return {
+        .control = [&clock, memory, make](const Receiver& receiver) -> std::shared_ptr<VideoControl> {
+            return NegotiatedControl::make(clock, receiver, memory, make);
+        },
+        .publish = [&server](const QString& path, const QHostAddress& receiver,
+                             const TrackChoice& tracks) { return server.publish(path, receiver, tracks); },
+        .mediaPort = server.port()};
 }
 
 }  // namespace
@@ -64,6 +65,10 @@ void RemotePlayback::pause() {
 
 void RemotePlayback::resume() {
     if (session_) session_->resume();
+}
+
+void RemotePlayback::chooseTracks(const TrackChoice& tracks) {
+    if (session_) session_->chooseTracks(tracks);
 }
 
 void RemotePlayback::seek(double seconds) {

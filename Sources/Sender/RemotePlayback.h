@@ -29,6 +29,7 @@ class RemotePlayback : public QObject {
         QString file;              ///< path of the prepared movie
         double duration = 0;       ///< seconds; 0 when unknown
         double startPosition = 0;  ///< seconds
+        TrackChoice tracks{};
     };
 
     enum class Phase {
@@ -62,7 +63,8 @@ class RemotePlayback : public QObject {
         using Published = std::expected<std::unique_ptr<MediaServer::Publication>, QString>;
 
         std::function<std::shared_ptr<VideoControl>(const Receiver& receiver)> control;
-        std::function<Published(const QString& path, const QHostAddress& receiver)> publish;
+        std::function<Published(const QString& path, const QHostAddress& receiver, const TrackChoice& tracks)>
+            publish;
         quint16 mediaPort = 0;  ///< for the words about firewalls
     };
 
@@ -90,6 +92,10 @@ class RemotePlayback : public QObject {
     /// While the movie loads, these wait for the picture.
     void pause();
     void resume();
+    /// Receivers begin with the tracks that the file has enabled, and are told of no others later: one that
+    /// shows the movie loads it again, at its position, paused if it was. While the movie loads, this waits
+    /// for the picture. Without effect on what plays where the file's tracks cannot be chosen.
+    void chooseTracks(const TrackChoice& tracks);
     /// Seconds, clamped into the movie. Quick successive seeks collapse into the last one.
     void seek(double seconds);
 

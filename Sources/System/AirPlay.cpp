@@ -59,6 +59,14 @@ void AirPlay::noteRoute(const OutputContext::Device& device) {
     logger().notice(u"re-attached for all features → "_s + featureText(context_->outputDeviceFeatures()));
 }
 
+bool AirPlay::awaitsViewer() const {
+    return context_ && context_->awaitsViewer();
+}
+
+void AirPlay::endPlayback() const {
+    if (context_) context_->endPlayback();
+}
+
 void AirPlay::bind(RoutePicker& picker) const {
     if (!context_) return;
     const std::optional<QString> contextID = context_->contextID();

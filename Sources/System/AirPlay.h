@@ -31,6 +31,10 @@ class AirPlay : public QObject {
     /// name was chosen.
     void onRouteChange(RouteChanged callback) { onRouteChange_ = std::move(callback); }
 
+    /// As of the context; false, and nothing, without one.
+    [[nodiscard]] bool awaitsViewer() const;
+    void endPlayback() const;
+
     /// Ties a picker to the context.
     void bind(RoutePicker& picker) const;
 

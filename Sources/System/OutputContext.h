@@ -40,6 +40,13 @@ class OutputContext {
     /// changes nothing.
     virtual void setOutputDevice(const std::optional<Device>& device, quint64 features) = 0;
 
+    /// What was begun on the device waits for its viewer, who looks for a code or a password, or for the
+    /// device to wake. However long that takes, it is no failure.
+    [[nodiscard]] virtual bool awaitsViewer() const { return false; }
+
+    /// Ends what was begun on the device, since the movie was closed. The choice stays.
+    virtual void endPlayback() {}
+
     /// Unique among the contexts of this process; absent when pickers cannot be bound to this one.
     [[nodiscard]] virtual std::optional<QString> contextID() const = 0;
 };

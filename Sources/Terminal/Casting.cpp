@@ -8,6 +8,7 @@
 #include "Terminal/ExitStatus.h"
 #include "Terminal/Terminal.h"
 #include "Terminal/TerminalText.h"
+#include "Terminal/TrackCycle.h"
 
 #include <QPointer>
 
@@ -225,12 +226,22 @@ void Casting::press(Key key) {
             return skip(-60);
         case Key::forwardMinute:
             return skip(60);
+        case Key::sound:
+            return changeTrack(MediaGroup::Kind::audible);
+        case Key::subtitles:
+            return changeTrack(MediaGroup::Kind::legible);
     }
 }
 
 /// From the target of the seek before, where there is one under way.
 void Casting::skip(double seconds) {
     session_->seek(output().state().position + seconds);
+}
+
+void Casting::changeTrack(MediaGroup::Kind kind) {
+    const QString told = selectNextTrack(*session_, kind);
+    if (!told.isEmpty()) terminal_.print(told);
+    redraw();
 }
 
 void Casting::stop() {

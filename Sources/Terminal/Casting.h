@@ -75,6 +75,7 @@ class Casting : public QObject {
     void tick();
     void press(Key key);
     void skip(double seconds);
+    void changeTrack(MediaGroup::Kind kind);
     void stop();
     void conclude(const State& state);
     [[nodiscard]] QString farewell(const State& state) const;

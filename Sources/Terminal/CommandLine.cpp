@@ -136,7 +136,8 @@ brackets).
   --version         show the version and leave
 
 While a movie plays: space pauses and resumes, left and right skip 10 seconds,
-down and up a minute, q stops and quits, Ctrl-C too.
+down and up a minute, a goes to the next sound track, s to the next subtitles,
+q stops and quits, Ctrl-C too.
 
 Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted.
 )"_s;

@@ -1,6 +1,7 @@
 #include "Terminal/ForgetRun.h"
 
 #include "Sender/Discovery/KnownReceivers.h"
+#include "Sender/Discovery/Naming.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/Terminal.h"
 
@@ -9,19 +10,6 @@
 namespace velmora {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-bool isMeant(const Receiver& receiver, const QString& text) {
-    if (receiver.name.compare(text, Qt::CaseInsensitive) == 0) return true;
-    if (receiver.identifier.compare(text, Qt::CaseInsensitive) == 0) return true;
-    const auto typed = Receiver::fromText(text);
-    if (!typed) return false;
-    if (typed->identifier == receiver.identifier) return true;
-    return !typed->address.isNull() && typed->address == receiver.address && typed->port == receiver.port;
-}
-
-}  // namespace
 
 ForgetRun::ForgetRun(QString television, const ReceiverMemory& memory, Terminal& terminal)
     : television_(std::move(television)), memory_(memory), terminal_(terminal) {}
@@ -34,7 +22,8 @@ QCoro::Task<> ForgetRun::forget() {
     const QPointer<ForgetRun> alive = this;
     QList<Receiver> meant;
     for (const Receiver& receiver : memory_.known->receivers())
-        if (isMeant(receiver, television_)) meant.append(receiver);
+        if (Naming::isCalled(receiver, television_) || Naming::isAt(receiver, television_))
+            meant.append(receiver);
     for (const Receiver& receiver : meant) {
         memory_.forget(receiver.identifier);
         // Answered behind the wiping: the keyring may take its time.

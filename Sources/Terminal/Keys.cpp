@@ -12,6 +12,12 @@ std::optional<Key> plainKey(char byte) {
     switch (byte) {
         case ' ':
             return Key::playPause;
+        case 'a':
+        case 'A':
+            return Key::sound;
+        case 's':
+        case 'S':
+            return Key::subtitles;
         case 'q':
         case 'Q':
             return Key::quit;

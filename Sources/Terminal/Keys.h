@@ -5,7 +5,7 @@
 
 namespace velmora {
 
-enum class Key { playPause, back, forward, backMinute, forwardMinute, quit };
+enum class Key { playPause, back, forward, backMinute, forwardMinute, sound, subtitles, quit };
 
 /// Turns what a terminal sends into keys. Sequences may arrive in pieces.
 class KeyReader {

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "Platform/Linux/SignalPipe.h"
+
 #include <QObject>
-#include <QSocketNotifier>
 
 namespace velmora {
 
@@ -26,10 +27,10 @@ class Signals : public QObject {
     void resized();
 
   private:
-    void deliver();
+    void deliver(int number);
     void stopProcess();
 
-    QSocketNotifier arrived_;
+    SignalPipe signals_;
 };
 
 }  // namespace velmora

@@ -3,6 +3,7 @@
 #include "Platform/Linux/TelevisionNetwork.h"
 #include "Sender/Discovery/Discovery.h"
 #include "Sender/Discovery/KnownReceivers.h"
+#include "Sender/Discovery/Naming.h"
 
 #include <optional>
 
@@ -46,7 +47,7 @@ QCoro::Task<TelevisionFinder::Found> TelevisionFinder::search(QString text) {
     if (announced) co_return announced;
     // It may be asleep, or nothing may be seen here at all: then it is where it was last.
     for (const Receiver& known : known_.receivers())
-        if (known.identifier == text || known.name.compare(text, Qt::CaseInsensitive) == 0) co_return known;
+        if (Naming::isCalled(known, text)) co_return known;
     const auto host = Receiver::fromText(text);
     if (!host) co_return announced;
     const Found looked = co_await network_.resolve(*host);

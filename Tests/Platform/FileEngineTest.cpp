@@ -34,6 +34,17 @@ TEST(FileEngine, TellsTheLengthAndKeepsThePlace) {
     QCoreApplication::processEvents();
     EXPECT_EQ(second->duration(), engine.duration()) << "at once";
 
+    second->load(QStringLiteral(VELMORA_SAMPLE_MOVIES "/languages.mp4"));
+    ASSERT_TRUE(waitFor([&] { return second->isReady(); }));
+    QStringList tracks;
+    for (const LocalEngine::Track& track : second->tracks())
+        tracks += u"%1 %2%3"_s.arg(track.number).arg(track.language, track.isSelected ? u" on"_s : u""_s);
+    EXPECT_EQ(tracks, (QStringList{u"1 eng on"_s, u"2 deu"_s, u"1 eng on"_s, u"2 deu"_s}));
+    const std::unique_ptr<LocalEngine> third = make();
+    third->load(QStringLiteral(VELMORA_SAMPLE_MOVIES "/languages.mp4"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(third->tracks(), second->tracks());
+
     engine.load(u"/nowhere/movie.mkv"_s);
     EXPECT_EQ(engine.position(), 0) << "of the new file";
     ASSERT_TRUE(waitFor([&] { return news.size() == 5; }));

@@ -63,9 +63,9 @@ class LinuxPlayerTest : public testing::Test {
     }
     void chooseTelevision() { context.setOutputDevice(OutputContext::Device{{}, u"Den id"_s}, 7); }
     /// On the television, `seconds` after the start.
-    void playThere(double start, std::chrono::milliseconds duration = 3s) {
+    void playThere(double start, std::chrono::milliseconds duration = 3s, const char* name = "long.mkv") {
         chooseTelevision();
-        load(*player);
+        load(*player, name);
         player->seek(start, exactly, {});
         player->play();
         clock.advance(duration);
@@ -77,6 +77,7 @@ class LinuxPlayerTest : public testing::Test {
 
     test::VirtualClock clock;
     std::vector<std::shared_ptr<test::ScriptedControl>> controls;
+    std::vector<TrackChoice> published;
     std::function<void(test::ScriptedControl&)> direct;  // how the next television behaves
     std::shared_ptr<int> light = std::make_shared<int>();
     RemotePlayback::World sender{
@@ -90,7 +91,9 @@ class LinuxPlayerTest : public testing::Test {
             if (direct) direct(television);
             return controls.back();
         },
-        .publish = [](const QString&, const QHostAddress&) -> RemotePlayback::World::Published {
+        .publish = [this](const QString&, const QHostAddress&,
+                          const TrackChoice& tracks) -> RemotePlayback::World::Published {
+            published.push_back(tracks);
             return std::make_unique<FakePublication>();
         },
         .mediaPort = 47110};
@@ -285,6 +288,59 @@ TEST_F(LinuxPlayerTest, FailuresPauseAndClosingWaitsForTheTelevision) {
     context.output().finish([&] { finished = true; });
     clock.advance(0s);
     EXPECT_TRUE(finished) << "nothing to wait for";
+}
+
+TrackChoice languages(int sound, int text) {
+    return {.audio = TrackChoice::Track{sound, 2}, .subtitle = TrackChoice::Track{text, 2}};
+}
+
+TEST_F(LinuxPlayerTest, SelectedTracksAreThoseOnTheTelevision) {
+    playThere(20, 3s, "languages.mp4");
+    EXPECT_THAT(published, ElementsAre(languages(1, 1))) << "the file's own";
+    const auto item = player->currentItem();
+    std::optional<MediaGroup> texts;
+    std::optional<MediaGroup> sounds;
+    item->loadGroup(Kind::legible, [&](const auto& group) { texts = group; });
+    item->loadGroup(Kind::audible, [&](const auto& group) { sounds = group; });
+    clock.advance(0s);
+    ASSERT_TRUE(texts && sounds);
+    int statuses = 0;
+    int externals = 0;
+    QObject::connect(&*player, &Player::timeControlStatusChanged, [&] { ++statuses; });
+    QObject::connect(&*player, &Player::externalPlaybackActiveChanged, [&] { ++externals; });
+
+    const double before = position();
+    for (const int choice : {0, 1, 0, 1}) {
+        item->select(sounds->options[choice], Kind::audible);
+        clock.advance(100ms);
+    }
+    item->select(std::nullopt, Kind::legible);
+    clock.advance(1s);
+    EXPECT_EQ(player->timeControlStatus(), Status::waiting);
+    EXPECT_TRUE(player->isExternalPlaybackActive());
+    clock.advance(4s);
+    EXPECT_EQ(player->timeControlStatus(), Status::playing);
+    EXPECT_THAT(published, ElementsAre(languages(1, 1), languages(2, 0)));
+    EXPECT_NEAR(position(), before + 4.7, 1);
+    EXPECT_EQ(statuses, 2) << "waiting and playing";
+
+    player->pause();
+    clock.advance(2s);
+    item->select(texts->options[1], Kind::legible);
+    clock.advance(8s);
+    EXPECT_THAT(published, testing::Contains(languages(2, 2)));
+    EXPECT_EQ(player->timeControlStatus(), Status::paused) << "that it plays for a moment is nobody's wish";
+    EXPECT_EQ(tv().verbs.last(), u"rate 0"_s);
+    EXPECT_EQ(externals, 0);
+    ASSERT_EQ(controls.size(), 1U);
+
+    // The next player of the movie is not asked to choose again, and what it has selected counts.
+    tv().close();
+    clock.advance(1s);
+    player->setOutputContext(&context);
+    clock.advance(5s);
+    EXPECT_EQ(published.back(), languages(2, 2));
+    EXPECT_EQ(player->timeControlStatus(), Status::paused);
 }
 
 TEST_F(LinuxPlayerTest, ItemsNameTheirTracks) {

@@ -25,9 +25,9 @@ class WindowStory : public testing::Test {
         EXPECT_EQ(window.television->complaints(), QStringList());
     }
 
-    QUrl addMovie(const QString& name) {
+    QUrl addMovie(const QString& name, const QString& sample = u"long.mkv"_s) {
         const QUrl movie = QUrl::fromLocalFile(folder.filePath(name));
-        EXPECT_TRUE(QFile::copy(QStringLiteral(VELMORA_SAMPLE_MOVIES "/long.mkv"), movie.toLocalFile()));
+        EXPECT_TRUE(QFile::copy(QStringLiteral(VELMORA_SAMPLE_MOVIES "/") + sample, movie.toLocalFile()));
         return movie;
     }
     void play(Window& where, const QUrl& movie) {
@@ -124,6 +124,78 @@ TEST_F(WindowStory, ReturnsToATelevisionThatCameBack) {
         EXPECT_EQ(session.isPlaying(), !isPaused);
         EXPECT_NEAR(player().position(), before, 6);
     }
+}
+
+QString outputOf(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.start(program, QStringList{u"-v"_s, u"error"_s} + arguments);
+    // The television and the session go on meanwhile.
+    EXPECT_TRUE(waitFor([&] { return process.state() == QProcess::NotRunning; }));
+    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+/// The languages of the sound and the text that players begin with.
+QString languagesOf(const QString& movie) {
+    const QString shown =
+        outputOf(u"ffprobe"_s, {u"-of"_s, u"csv=p=0"_s, u"-show_entries"_s,
+                                u"stream_disposition=default:stream_tags=language"_s, movie});
+    return shown.split(u'\n').filter(u"1,"_s).join(u' ').remove(u"1,und"_s).remove(u"1,"_s).trimmed();
+}
+
+/// Of all tracks.
+QString contentOf(const QString& movie) {
+    return outputOf(u"ffmpeg"_s, {u"-t"_s, u"5"_s, u"-i"_s, movie, u"-map"_s, u"0"_s, u"-c"_s, u"copy"_s,
+                                  u"-f"_s, u"hash"_s, u"-"_s});
+}
+
+TEST_F(WindowStory, ChosenTracksTakeEffectOnTheTelevision) {
+    using Kind = MediaGroup::Kind;
+    const QUrl movie = addMovie(u"Languages.mp4"_s, u"languages.mp4"_s);
+    play(window, movie);
+    const auto url = [this] { return player().movie().url.toString(); };
+    const QString first = url();
+    EXPECT_EQ(languagesOf(first), u"eng eng"_s);
+    ASSERT_TRUE(waitFor([this] { return session.audioGroup() && session.subtitleGroup(); }));
+    EXPECT_EQ(url(), first) << "what the television shows is what the session takes for selected";
+    EXPECT_EQ(session.selectedSubtitle(), session.subtitleGroup()->options[0]);
+
+    int interruptions = 0;
+    QObject::connect(&session, &Session::routeChanged, [&] { ++interruptions; });
+    QObject::connect(&session, &Session::playingChanged, [&] { ++interruptions; });
+    QObject::connect(&session, &Session::playerChanged, [&] { ++interruptions; });
+    session.seek(50);
+    ASSERT_TRUE(waitFor([this] { return window.isShown() && player().position() > 50.5; }));
+    const double before = player().position();
+    session.select(session.audioGroup()->options[1], Kind::audible);
+    session.select(std::nullopt, Kind::legible);
+    ASSERT_TRUE(waitFor([&] { return url() != first && window.isShown() && player().position() > 50; }));
+    EXPECT_NEAR(player().position(), before, 6) << "at five times the speed";
+    EXPECT_EQ(languagesOf(url()), u"ger"_s);
+    // Long enough for everything that looks after a handover.
+    ASSERT_TRUE(waitFor([&] { return player().position() > before + 12; }));
+    EXPECT_EQ(interruptions, 0);
+
+    session.togglePlayPause();
+    ASSERT_TRUE(waitFor([this] { return window.shown() == Shown::paused; }));
+    const double paused = player().position();
+    const QString second = url();
+    session.select(session.subtitleGroup()->options[1], Kind::legible);
+    ASSERT_TRUE(waitFor([&] { return url() != second && window.shown() == Shown::paused; }));
+    EXPECT_NEAR(player().position(), paused, 6);
+    EXPECT_EQ(languagesOf(url()), u"ger ger"_s);
+    EXPECT_EQ(contentOf(url()), contentOf(movie.toLocalFile()));
+    EXPECT_FALSE(session.isPlaying());
+    EXPECT_EQ(interruptions, 1) << "the pause";
+
+    // Back here, and there once more.
+    window.context->setOutputDevice(std::nullopt, 0);
+    ASSERT_TRUE(waitFor([this] { return !session.airPlay().deviceName() && session.selectedSubtitle(); }));
+    EXPECT_EQ(session.selectedSubtitle(), session.subtitleGroup()->options[1]);
+    session.select(session.subtitleGroup()->options[0], Kind::legible);
+    const QString third = url();
+    window.chooseTelevision();
+    ASSERT_TRUE(waitFor([&] { return url() != third && window.isShown(); }));
+    EXPECT_EQ(languagesOf(url()), u"ger eng"_s);
 }
 
 TEST_F(WindowStory, TwoWindowsFeedTwoTelevisions) {

@@ -74,6 +74,31 @@ TEST(Handover, bothAttemptsFailAndTheStallGuardPauses) {
     EXPECT_TRUE(story.session->isOnAppleTV());
 }
 
+TEST(Handover, waitsAsLongAsTheDeviceWaitsForItsViewer) {
+    Story story;
+    story.context.isAwaitingViewer = true;
+    story.start(u"Den"_s);
+    story.run(120);
+    EXPECT_EQ(story.session->handingOverTo(), u"Den"_s);
+    EXPECT_EQ(story.stage.journal(), (QStringList{u"0 2 item "_s + film, u"0 2 play"_s}));
+    story.context.isAwaitingViewer = false;
+    story.run(7);
+    EXPECT_EQ(story.stage.players.size(), 2) << "the usual time, from the answer on";
+    story.stage.player(2).setExternal(true);
+    story.run(5);
+    ASSERT_TRUE(story.session->isOnAppleTV() && story.session->isPlaying());
+
+    // It asks anew after a lost connection: that is no stall.
+    story.context.isAwaitingViewer = true;
+    story.stage.player(2).setExternal(false);
+    story.run(60);
+    EXPECT_TRUE(story.session->isStalled() && story.session->isPlaying());
+    EXPECT_EQ(story.context.timesEnded, 1) << "when the movie before was closed";
+    story.session->cancel();
+    EXPECT_EQ(story.context.timesEnded, 2);
+    EXPECT_FALSE(story.session->isPlaying());
+}
+
 TEST(Handover, looksForTheStartAndCorrectsAFallBack) {
     struct Case {
         double jumpsAt, jumpsTo;  // seconds after the player was adopted; where it then is

@@ -75,6 +75,7 @@ class ScriptedItem : public PlayerItem {
         return status_ == Status::readyToPlay ? std::optional(stage_.length) : std::nullopt;
     }
     void loadGroup(MediaGroup::Kind kind, GroupLoaded loaded) override {
+        if (status_ == Status::unknown) return earlyCalls_.push_back({kind, std::move(loaded)});
         const bool isText = kind == MediaGroup::Kind::legible;
         stage_.note(isText ? u"load subtitles"_s : u"load audio"_s);
         const auto group = isText ? stage_.subtitles : stage_.audio;
@@ -98,6 +99,8 @@ class ScriptedItem : public PlayerItem {
     void become(Status status, const QString& error = {}) {
         status_ = status;
         error_ = error;
+        for (const auto& [kind, loaded] : std::exchange(earlyCalls_, {}))
+            loaded(kind == MediaGroup::Kind::legible ? stage_.subtitles : stage_.audio);
         Q_EMIT statusChanged();
     }
 
@@ -107,6 +110,7 @@ class ScriptedItem : public PlayerItem {
     Status status_ = Status::unknown;
     QString error_;
     Clock::Timer loading_;
+    std::vector<std::pair<MediaGroup::Kind, GroupLoaded>> earlyCalls_;  // answered without further reading
 
   public:
     QMap<MediaGroup::Kind, MediaOption> chosen;

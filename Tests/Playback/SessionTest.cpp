@@ -347,6 +347,59 @@ TEST(Session, loadsTracksAndSwitchesOnWhatSuits) {
     }
 }
 
+// Every choice that comes later than the first picture interrupts it.
+TEST(Session, takesTheTracksAlongToTheDevice) {
+    using Kind = MediaGroup::Kind;
+    const auto option = [](const QString& id, const QString& language) {
+        return MediaOption{.identifier = id, .displayName = language, .language = language};
+    };
+    const QList<MediaOption> texts{option(u"de"_s, u"deu"_s), option(u"nl"_s, u"nld"_s)};
+    const QList<MediaOption> sounds{option(u"1"_s, u"eng"_s), option(u"2"_s, u"nld"_s)};
+    const auto begin = [&](Story& story, const QString& device) {
+        story.stage.subtitles = MediaGroup{Kind::legible, texts};
+        story.stage.audio = MediaGroup{Kind::audible, sounds};
+        story.stage.selected.insert(Kind::audible, sounds[0]);
+        story.stage.takenAfter = {{2, 2}, {3, 2}};
+        story.start(device);
+        story.run(8);
+    };
+    const auto selections = [](Story& story) { return story.stage.journal().filter(u"select"_s); };
+    {
+        Story story;
+        begin(story, u"Den"_s);
+        EXPECT_EQ(selections(story), QStringList(u"0.3 select nl"_s)) << "once the file is read";
+        EXPECT_EQ(story.session->selectedSubtitle(), texts[1]);
+        EXPECT_EQ(story.log.take().filter(u"subtitles: switched on "_s).size(), 1);
+    }
+    for (const auto& text : {std::optional(texts[0]), std::optional<MediaOption>()}) {
+        Story story;
+        begin(story, {});
+        Session& session = *story.session;
+        session.select(sounds[1], Kind::audible);
+        session.select(text, Kind::legible);
+        const QString asked = text ? text->identifier : u"nothing"_s;
+        // There, and back.
+        for (const QString& device : {u"Den"_s, QString()}) {
+            story.stage.begin();
+            story.context.device.reset();
+            if (!device.isEmpty()) story.context.choose(device);
+            story.run(10);
+            const QStringList made = selections(story);
+            EXPECT_EQ(made.size(), 2) << made.join(u'|').toStdString();
+            EXPECT_EQ(made.filter(u"select "_s + asked).size(), 1);
+            EXPECT_EQ(made.filter(u"select 2"_s).size(), 1);
+            EXPECT_EQ(session.selectedAudio(), sounds[1]);
+            EXPECT_EQ(session.selectedSubtitle(), text);
+        }
+        // Another movie has tracks of its own.
+        story.session->open(story.addFile(u"Other.mkv"_s, "f"), false);
+        story.finishPreparing();
+        story.run(5);
+        EXPECT_EQ(session.selectedAudio(), sounds[0]);
+        EXPECT_EQ(session.selectedSubtitle(), texts[1]);
+    }
+}
+
 TEST(Session, fillsPosterAndTimeline) {
     Story story;
     story.preferences.set(story.key(u"position:"_s), 700.0);

@@ -75,7 +75,8 @@ bool KodiReceiver::isPlaying() const {
 
 QJsonObject KodiReceiver::player() const {
     return ask(u"Player.GetProperties"_s,
-               R"({"playerid": 1, "properties": ["time", "speed", "subtitleenabled", "currentsubtitle"]})")
+               R"({"playerid": 1, "properties": ["time", "speed", "currentaudiostream", "subtitleenabled",
+                   "currentsubtitle"]})")
         .toObject();
 }
 
@@ -84,6 +85,15 @@ double KodiReceiver::position() const {
     const auto part = [&time](QLatin1StringView name) { return time.value(name).toDouble(); };
     return part("hours"_L1) * 3600 + part("minutes"_L1) * 60 + part("seconds"_L1) +
            part("milliseconds"_L1) / 1000;
+}
+
+QString KodiReceiver::languages() const {
+    const QJsonObject now = player();
+    const auto language = [&now](QLatin1StringView kind) {
+        return now.value(kind).toObject().value(u"language"_s).toString();
+    };
+    const bool hasText = now.value(u"subtitleenabled"_s).toBool();
+    return language("currentaudiostream"_L1) + u' ' + (hasText ? language("currentsubtitle"_L1) : u"-"_s);
 }
 
 void KodiReceiver::showSubtitles(bool on) const {

@@ -32,10 +32,12 @@ class KodiReceiver {
     void comeBack() { tell("revive"); }
 
     [[nodiscard]] bool isPlaying() const;
-    /// Its player as it tells itself: time, speed, subtitles.
+    /// Its player as it tells itself: time, speed, sound, subtitles.
     [[nodiscard]] QJsonObject player() const;
     /// Seconds.
     [[nodiscard]] double position() const;
+    /// The languages of the sound and the subtitles, as in "eng ger"; "eng -" without subtitles.
+    [[nodiscard]] QString languages() const;
     void showSubtitles(bool on) const;
     /// With its own remote control.
     void stop() const;

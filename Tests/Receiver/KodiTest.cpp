@@ -147,6 +147,47 @@ TEST_F(KodiTest, AsksForThePasswordOnce) {
     EXPECT_EQ(again.wait(), 0);
 }
 
+TEST_F(KodiTest, PlaysTheChosenTracksAtTheSamePlace) {
+    const QString movie = folder_.filePath(u"Languages.mp4"_s);
+    ASSERT_EQ(QProcess::execute(QStringLiteral(MAKE_MOVIE), {movie}), 0);
+    OnTerminal cast(QStringLiteral(VELMORA_CAST), {u"--to"_s, KodiReceiver::shownName.toString(), movie});
+    ASSERT_TRUE(cast.shows("Playing on")) << cast.screen().constData();
+    EXPECT_EQ(kodi_->languages(), u"eng eng"_s);
+    // The tracks are looked at when the start is over.
+    ASSERT_TRUE(eventually([&] { return kodi_->position() > 8; }));
+    const struct {
+        const char* keys;
+        const char* told;
+        QString languages;
+        int speed;
+    } steps[] = {
+        {"a", "Sound: German", u"ger eng"_s, 1},
+        {"ss", "Subtitles: off", u"ger -"_s, 1},
+        {" s", "Subtitles: English", u"ger eng"_s, 0},
+        {"a", "Sound: English", u"eng eng"_s, 0},
+    };
+    for (const auto& [keys, told, languages, speed] : steps) {
+        QElapsedTimer passed;
+        passed.start();
+        const double before = kodi_->position();
+        cast.type(keys);
+        ASSERT_TRUE(cast.shows(told)) << cast.screen().constData();
+        const auto isShown = [&] {
+            return kodi_->languages() == languages && kodi_->player().value(u"speed"_s).toInt() == speed;
+        };
+        ASSERT_TRUE(eventually(isShown)) << told << ", and there is " << kodi_->languages().toStdString();
+        const double now = kodi_->position();
+        EXPECT_GT(now, before - 2) << told;
+        EXPECT_LT(now, before + 2 + speed * double(passed.elapsed()) / 1000) << told;
+        QThread::sleep(3);  // for whatever else it may do yet
+        EXPECT_EQ(kodi_->languages(), languages);
+        if (speed == 0) expectAgreement(cast, *kodi_);
+    }
+    cast.type("q");
+    EXPECT_EQ(cast.wait(), 0);
+    EXPECT_FALSE(cast.screen().contains("Trying again")) << cast.screen().constData();
+}
+
 TEST_F(KodiTest, ShowsPictureAndSubtitles) {
     OnTerminal cast(QStringLiteral(VELMORA_CAST), arguments());
     ASSERT_TRUE(cast.shows("Playing on")) << cast.screen().constData();

@@ -1,4 +1,5 @@
 // Everything here goes over real sockets on loopback, as a television would.
+#include "Sender/Boxes.h"
 #include "Sender/ByteRange.h"
 #include "Sender/MediaServer.h"
 
@@ -205,6 +206,65 @@ TEST_F(MediaServerTest, AnswersExactlyWhatIsAsked) {
     const QByteArray range = "Range: bytes=0-1\r\nIf-Range: ";
     EXPECT_EQ(client.request("GET", path_, range + whole.header("ETag") + "\r\n").status, 206);
     EXPECT_EQ(client.request("GET", path_, range + "\"another\"\r\n").status, 200);
+}
+
+TEST_F(MediaServerTest, ServesChosenTracksAsIfTheFileHadThem) {
+    namespace Boxes = test::Boxes;
+    // The index behind a megabyte, so that answers are sent in several pieces.
+    const QByteArray movie = Boxes::box("mdat", content_ + content_ + content_ + content_) +
+                             Boxes::box("moov", Boxes::tracks()) + Boxes::box("free", content_);
+    write(file_, movie);
+    publish(file_);
+    Client client(server_->port());
+    const QByteArray plainTag = client.request("HEAD", path_).header("ETag");
+    const QByteArray plainPath = path_;
+
+    const TrackChoice choice{.audio = TrackChoice::Track{2, 2}, .subtitle = TrackChoice::Track{0, 2}};
+    const auto chosen =
+        server_->publish(folder_.filePath(file_), QHostAddress(QHostAddress::LocalHost), choice).value();
+    EXPECT_TRUE(chosen->hasChosenTracks());
+    const QByteArray path = chosen->url(QHostAddress(QHostAddress::LocalHost)).path().toLatin1();
+    EXPECT_NE(path, plainPath);
+    QByteArray expected = movie;
+    qsizetype at = 0;
+    for (const char flags : {7, 6, 7, 6, 6}) {
+        at = expected.indexOf("tkhd", at + 1);
+        expected[at + 7] = flags;
+    }
+    const Response whole = client.request("GET", path);
+    EXPECT_EQ(whole.body, expected);
+    EXPECT_NE(whole.header("ETag"), plainTag);
+    EXPECT_EQ(client.request("HEAD", path).header("Content-Length"), QByteArray::number(movie.size()));
+    // Around a changed byte, ending before it, beginning at it, and behind them all.
+    const qsizetype byte =
+        expected.indexOf("tkhd", expected.indexOf("tkhd", expected.indexOf("tkhd") + 1) + 1) + 7;
+    for (const auto& [first, last] : {std::pair{byte - 900'000, byte},
+                                      {byte - 9, byte - 1},
+                                      {byte, byte},
+                                      {byte, movie.size() - 1},
+                                      {movie.size() - 99, movie.size() - 1}}) {
+        const QByteArray range = QByteArray::number(first) + '-' + QByteArray::number(last);
+        const Response part = client.request("GET", path, "Range: bytes=" + range + "\r\n");
+        EXPECT_EQ(part.status, 206);
+        EXPECT_EQ(part.body, expected.sliced(first, last - first + 1)) << range.constData();
+        EXPECT_EQ(part.header("Content-Range"), "bytes " + range + '/' + QByteArray::number(movie.size()));
+    }
+    EXPECT_EQ(client.request("GET", plainPath).body, movie) << "the other one is what it was";
+    EXPECT_GE(chosen->activity().bytesSent, movie.size());
+
+    // What is cut short meanwhile ends the connection rather than sending something else.
+    QFile::resize(folder_.filePath(file_), byte + 100);
+    client.sendRequest("GET", path);
+    (void)client.readHead();
+    EXPECT_LT(client.read(movie.size()).size(), movie.size());
+
+    write(QStringLiteral("other.mp4"), content_);
+    const auto other = server_->publish(folder_.filePath(QStringLiteral("other.mp4")),
+                                        QHostAddress(QHostAddress::LocalHost), choice);
+    ASSERT_TRUE(other.has_value());
+    EXPECT_FALSE((*other)->hasChosenTracks());
+    const QByteArray otherPath = (*other)->url(QHostAddress(QHostAddress::LocalHost)).path().toLatin1();
+    EXPECT_EQ(Client(server_->port()).request("GET", otherPath).body, content_);
 }
 
 TEST_F(MediaServerTest, ShowsNothingElse) {

@@ -21,14 +21,17 @@ constexpr double duration = 120;
 
 class FakePublication : public MediaServer::Publication {
   public:
-    explicit FakePublication(const MediaServer::Activity& activity) : activity_(activity) {}
+    FakePublication(const MediaServer::Activity& activity, bool hasChosenTracks)
+        : activity_(activity), hasChosenTracks_(hasChosenTracks) {}
     QUrl url(const QHostAddress& local) const override {
         return QUrl(u"http://%1:1/t/movie.mp4"_s.arg(local.toString()));
     }
     MediaServer::Activity activity() const override { return activity_; }
+    bool hasChosenTracks() const override { return hasChosenTracks_; }
 
   private:
     const MediaServer::Activity& activity_;
+    bool hasChosenTracks_;
 };
 
 MediaServer::Activity fetched(bool readPastIndex = true) {
@@ -81,6 +84,8 @@ class RemotePlaybackTest : public testing::Test {
 
     test::VirtualClock clock;
     MediaServer::Activity activity = fetched();
+    std::vector<TrackChoice> published;
+    bool hasChosenTracks = true;
     std::vector<std::shared_ptr<ScriptedControl>> controls;
     std::function<void(ScriptedControl&)> direct;  // how the next television behaves
     RemotePlayback::World world{
@@ -89,8 +94,10 @@ class RemotePlaybackTest : public testing::Test {
             if (direct) direct(*controls.back());
             return controls.back();
         },
-        .publish = [this](const QString&, const QHostAddress&) -> RemotePlayback::World::Published {
-            return std::make_unique<FakePublication>(activity);
+        .publish = [this](const QString&, const QHostAddress&,
+                          const TrackChoice& tracks) -> RemotePlayback::World::Published {
+            published.push_back(tracks);
+            return std::make_unique<FakePublication>(activity, hasChosenTracks);
         },
         .mediaPort = 47110};
     std::optional<RemotePlayback> playback{std::in_place, clock, world};
@@ -510,6 +517,88 @@ TEST_F(RemotePlaybackTest, ConnectsAgainWhereItWas) {
     playback->reattach();
     clock.advance(5s);
     EXPECT_EQ(phase(), Phase::playing);
+}
+
+TrackChoice sound(int number) {
+    return {.audio = TrackChoice::Track{number, 9}, .subtitle = {}};
+}
+
+TEST_F(RemotePlaybackTest, LoadsTheMovieAgainForOtherTracks) {
+    play(50);
+    playback->chooseTracks(sound(1));
+    clock.advance(5s);
+    ASSERT_EQ(phase(), Phase::playing);
+    ASSERT_THAT(published, ElementsAre(sound(1))) << "what is known in time needs no second start";
+    phases.clear();
+    const double before = playback->state().position;
+    playback->chooseTracks(sound(1));
+    playback->chooseTracks(sound(2));
+    clock.advance(300ms);
+    EXPECT_EQ(phase(), Phase::loading);
+    EXPECT_NEAR(playback->state().position, before, 0.3);
+    tv().say(Event::stopped);  // the old one
+    playback->chooseTracks(sound(3));
+    playback->chooseTracks(sound(4));
+    clock.advance(10s);
+    EXPECT_THAT(published, ElementsAre(sound(1), sound(2), sound(4))) << "once it shows a picture";
+    EXPECT_THAT(phases, ElementsAre(Phase::loading, Phase::playing));
+    ASSERT_EQ(tv().movies.size(), 3U);
+    EXPECT_NEAR(tv().movies[1].start, before, 0.3);
+    EXPECT_NE(tv().movies[1].uuid, tv().movies[0].uuid);
+    EXPECT_NEAR(playback->state().position, before + 10.3 - 2 * 0.7, 1);
+    EXPECT_EQ(controls.size(), 1U);
+    EXPECT_FALSE(tv().verbs.contains(u"stop"_s)) << qPrintable(tv().verbs.join(u','));
+
+    playback->pause();
+    clock.advance(2s);
+    ASSERT_EQ(phase(), Phase::paused);
+    const double paused = playback->state().position;
+    playback->chooseTracks(sound(5));
+    clock.advance(8s);
+    EXPECT_EQ(phase(), Phase::paused);
+    EXPECT_EQ(tv().verbs.last(), u"rate 0"_s);
+    EXPECT_NEAR(playback->state().position, paused, 2);
+    playback->chooseTracks(sound(6));
+    clock.advance(1s);
+    playback->seek(80);
+    playback->resume();
+    clock.advance(8s);
+    EXPECT_EQ(phase(), Phase::playing) << "told meanwhile";
+    EXPECT_NEAR(playback->state().position, 85, 3);
+
+    // A file whose tracks cannot be chosen is not interrupted for nothing.
+    hasChosenTracks = false;
+    playback->chooseTracks(sound(7));
+    clock.advance(3s);
+    EXPECT_EQ(tv().movies.size(), 5U);
+    EXPECT_EQ(phase(), Phase::playing);
+}
+
+TEST_F(RemotePlaybackTest, KnowsALostConnectionAlsoWhileOtherTracksLoad) {
+    for (const bool isAnswered : {false, true}) {
+        direct = {};
+        playUntil(5, 50);
+        playback->pause();
+        clock.advance(1s);
+        tv().latency = [](const QString& verb) { return verb.startsWith(u"play") ? 2s : 10ms; };
+        playback->chooseTracks(sound(2));
+        clock.advance(isAnswered ? 2300ms : 1s);
+        ASSERT_EQ(phase(), Phase::loading);
+        tv().close();
+        clock.advance(1s);
+        EXPECT_EQ(phase(), Phase::dropped);
+        EXPECT_NEAR(playback->state().position, 54.5, 1);
+        published.clear();
+        playback->reattach();
+        clock.advance(8s);
+        EXPECT_EQ(phase(), Phase::paused);
+        EXPECT_THAT(published, ElementsAre(sound(2)));
+    }
+    playback->chooseTracks(sound(3));
+    activity = {};
+    tv().report = [](double) { return PlaybackReport(); };
+    clock.advance(20s);
+    EXPECT_EQ(phase(), Phase::failed);
 }
 
 TEST_F(RemotePlaybackTest, HandsOverAgainWhatWasNeverFetched) {

@@ -32,6 +32,8 @@ class ScriptedContext : public OutputContext {
     std::optional<quint64> features = 7;
     std::optional<QString> identifier = u"context 1"_s;
     int timesSet = 0;
+    bool isAwaitingViewer = false;
+    int timesEnded = 0;
 
     void choose(const QString& name) { device = Device{name, u"id of "_s + name}; }
 
@@ -42,6 +44,8 @@ class ScriptedContext : public OutputContext {
         device = wanted;
         features = wantedFeatures;
     }
+    [[nodiscard]] bool awaitsViewer() const override { return isAwaitingViewer; }
+    void endPlayback() override { ++timesEnded; }
     [[nodiscard]] std::optional<QString> contextID() const override { return identifier; }
 };
 

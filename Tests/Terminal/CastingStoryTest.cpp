@@ -33,9 +33,9 @@ class CastingStory : public testing::Test {
         ASSERT_TRUE(television->listen());
         port = television->receiver().port;
     }
-    void cast() {
+    void cast(const char* movie = "long.mp4") {
         line.television = u"127.0.0.1:%1"_s.arg(port);
-        line.movies = {QStringLiteral(VELMORA_SAMPLE_MOVIES "/long.mp4")};
+        line.movies = {QStringLiteral(VELMORA_SAMPLE_MOVIES "/") + QString::fromLatin1(movie)};
         line.startOver = true;
         casting.emplace(line, Casting::World{terminal, clock, settings, discovery, {&credentials, &known}});
         QObject::connect(&*casting, &Casting::finished, [this](int exitStatus) { status = exitStatus; });
@@ -80,6 +80,20 @@ TEST_F(CastingStory, ReturnsToATelevisionThatWasAwayForLong) {
     EXPECT_GE(there, 18);
     EXPECT_LT(there, 40);
     EXPECT_TRUE(waitFor([&] { return television->player().position() > there + 3; })) << "and goes on";
+}
+
+TEST_F(CastingStory, GoesThroughTheTracks) {
+    switchOn();
+    cast("languages.mp4");
+    ASSERT_TRUE(waitFor([this] { return isPlaying() && television->player().position() > 8; }));
+    for (const Key key : {Key::sound, Key::subtitles}) {
+        const QUrl before = television->player().movie().url;
+        Q_EMIT terminal.keyPressed(key);
+        ASSERT_TRUE(waitFor([&] { return isPlaying() && television->player().movie().url != before; }));
+        EXPECT_GT(television->player().position(), 7);
+        const double there = television->player().position();
+        EXPECT_TRUE(waitFor([&] { return television->player().position() > there + 5; }));
+    }
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace {
 TEST(Keys, ReadsWholeAndBrokenSequences) {
     using enum Key;
     const std::pair<QList<QByteArray>, QList<Key>> cases[] = {
-        {{" q"}, {playPause, quit}},
+        {{" asq"}, {playPause, sound, subtitles, quit}},
         {{"\x1b[C\x1b[D\x1b[A\x1b[B"}, {forward, back, forwardMinute, backMinute}},
         {{"\x1bOC"}, {forward}},
         {{"\x1b", "[", "C"}, {forward}},

@@ -1,15 +1,31 @@
 #include "Interface/Application/CommandModel.h"
 
+#include <QCoreApplication>
+
 namespace velmora {
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// As on the keys: arrows as arrows.
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Commands)
+};
+
+/// As it stands on the keyboard.
+QString keyName(const QString& key) {
+    if (key == u"Left"_s) return u"←"_s;
+    if (key == u"Right"_s) return u"→"_s;
+    if (key == u"Ctrl"_s) return Texts::tr("Ctrl");
+    if (key == u"Shift"_s) return Texts::tr("Shift");
+    return key == u"Space"_s ? Texts::tr("Space") : key;
+}
+
 QString shortcutText(const QKeySequence& shortcut) {
-    QString text = shortcut.toString(QKeySequence::NativeText);
-    return text.replace(u"Left"_s, u"←"_s).replace(u"Right"_s, u"→"_s);
+    QStringList keys = shortcut.toString(QKeySequence::PortableText).split(u'+', Qt::SkipEmptyParts);
+    for (QString& key : keys) key = keyName(key);
+    return keys.join(u'+');
 }
 
 }  // namespace

@@ -2,11 +2,18 @@
 
 #include "Playback/Session.h"
 
+#include <QCoreApplication>
+
 namespace velmora {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Commands)
+};
 
 enum class Trait : unsigned { none = 0, startsGroup = 1, repeats = 2, yieldsToPopups = 4 };
 constexpr Trait operator|(Trait one, Trait other) {
@@ -50,25 +57,27 @@ QList<CommandRow> commandTable(const CommandContext& context) {
     const Trait seeking = repeats | yieldsToPopups;
     const auto key = [](auto keys) { return QKeySequence(keys); };
     return {
-        row(newWindow, u"New Window"_s, key(Qt::CTRL | Qt::Key_N), true),
-        row(openMovie, u"Open Movie…"_s, key(Qt::CTRL | Qt::Key_O), true),
-        row(revealPreparedMovie, u"Reveal Prepared Movie"_s, key(Qt::CTRL | Qt::SHIFT | Qt::Key_R),
+        row(newWindow, Texts::tr("New Window"), key(Qt::CTRL | Qt::Key_N), true),
+        row(openMovie, Texts::tr("Open Movie…"), key(Qt::CTRL | Qt::Key_O), true),
+        row(openFolder, Texts::tr("Open Folder…"), key(Qt::CTRL | Qt::SHIFT | Qt::Key_O), true),
+        row(revealPreparedMovie, Texts::tr("Reveal Prepared Movie"), key(Qt::CTRL | Qt::SHIFT | Qt::Key_R),
             movie.isReady),
-        row(playOrPause, movie.isPlaying ? u"Pause"_s : u"Play"_s, key(Qt::Key_Space), movie.canPlayAction,
-            startsGroup | yieldsToPopups),
-        row(startOver, u"Start Over"_s, {}, movie.canStartOver),
-        row(cancelPreparing, u"Cancel Preparing"_s, key(Qt::CTRL | Qt::Key_Period), movie.isPreparing),
-        row(backTenSeconds, u"Back 10 Seconds"_s, key(Qt::Key_Left), movie.canControlPlayback,
+        row(playOrPause, movie.isPlaying ? Texts::tr("Pause") : Texts::tr("Play"), key(Qt::Key_Space),
+            movie.canPlayAction, startsGroup | yieldsToPopups),
+        row(startOver, Texts::tr("Start Over"), {}, movie.canStartOver),
+        row(cancelPreparing, Texts::tr("Cancel Preparing"), key(Qt::CTRL | Qt::Key_Period),
+            movie.isPreparing),
+        row(backTenSeconds, Texts::tr("Back 10 Seconds"), key(Qt::Key_Left), movie.canControlPlayback,
             startsGroup | seeking),
-        row(forwardTenSeconds, u"Forward 10 Seconds"_s, key(Qt::Key_Right), movie.canControlPlayback,
+        row(forwardTenSeconds, Texts::tr("Forward 10 Seconds"), key(Qt::Key_Right), movie.canControlPlayback,
             seeking),
-        row(backOneMinute, u"Back 1 Minute"_s, key(Qt::SHIFT | Qt::Key_Left), movie.canControlPlayback,
-            seeking),
-        row(forwardOneMinute, u"Forward 1 Minute"_s, key(Qt::SHIFT | Qt::Key_Right), movie.canControlPlayback,
-            seeking),
-        row(checkForUpdates, u"Check for Updates…"_s, {}, context.canCheckForUpdates, startsGroup),
-        row(closeWindow, u"Close Window"_s, key(Qt::CTRL | Qt::Key_W), hasWindow, startsGroup),
-        row(quit, u"Quit"_s, key(Qt::CTRL | Qt::Key_Q), true),
+        row(backOneMinute, Texts::tr("Back 1 Minute"), key(Qt::SHIFT | Qt::Key_Left),
+            movie.canControlPlayback, seeking),
+        row(forwardOneMinute, Texts::tr("Forward 1 Minute"), key(Qt::SHIFT | Qt::Key_Right),
+            movie.canControlPlayback, seeking),
+        row(checkForUpdates, Texts::tr("Check for Updates…"), {}, context.canCheckForUpdates, startsGroup),
+        row(closeWindow, Texts::tr("Close Window"), key(Qt::CTRL | Qt::Key_W), hasWindow, startsGroup),
+        row(quit, Texts::tr("Quit"), key(Qt::CTRL | Qt::Key_Q), true),
     };
 }
 
@@ -103,6 +112,7 @@ bool perform(Command command, Session& session) {
             session.chooseFile();
             return true;
         case newWindow:
+        case openFolder:
         case checkForUpdates:
         case closeWindow:
         case quit:

@@ -14,6 +14,7 @@ class Session;
 enum class Command {
     newWindow,
     openMovie,
+    openFolder,
     revealPreparedMovie,
     playOrPause,
     startOver,

@@ -1,6 +1,8 @@
 #include "Interface/Application/VelmoraApp.h"
 
+#include "Playback/MovieResolver.h"
 #include "Playback/World.h"
+#include "System/Preferences.h"
 
 #include <QGuiApplication>
 
@@ -16,7 +18,7 @@ VelmoraApp::VelmoraApp(ApplicationWorld& world, Updater& updater, const QDBusCon
       updater_(updater),
       frame_(&engine_),
       appearance_(Appearance::instance(), bus),
-      picker_(engine_),
+      picker_(engine_, bus),
       notifications_(bus),
       taskbar_(bus),
       delegate_([this] { bringToFront(); }),
@@ -40,7 +42,7 @@ VelmoraApp::VelmoraApp(ApplicationWorld& world, Updater& updater, const QDBusCon
 VelmoraApp::~VelmoraApp() = default;
 
 void VelmoraApp::take(const LaunchRequest& request) {
-    if (isQuitting_) return;
+    if (isQuitting_ && request.action != LaunchRequest::Action::quit) return;
     activationToken_ = request.activationToken;
     using enum LaunchRequest::Action;
     switch (request.action) {
@@ -87,6 +89,8 @@ void VelmoraApp::run(Command command, MovieWindow* window) {
             return openWindow(std::nullopt);
         case Command::openMovie:
             return chooseMovie(window);
+        case Command::openFolder:
+            return chooseFolder(window);
         case Command::checkForUpdates:
             bringToFront();
             return updater_.checkForUpdates();
@@ -136,10 +140,13 @@ void VelmoraApp::noteLeft(const WindowWorld* world) {
         Qt::QueuedConnection);
 }
 
-/// The televisions are told first, which takes a few seconds at most.
+/// The televisions are told first, which takes a few seconds at most; whoever asks again does not want to
+/// wait for that.
 void VelmoraApp::quit() {
-    isQuitting_ = true;
+    if (std::exchange(isQuitting_, true)) return QCoreApplication::quit();
     while (!windows_.empty()) remove(windows_.back().get());
+    // Whoever ends the desktop may not wait either.
+    world_.world().preferences.synchronize();
     if (leaving_.empty()) QCoreApplication::quit();
 }
 
@@ -167,7 +174,21 @@ void VelmoraApp::chooseMovie(MovieWindow* window) {
 
 void VelmoraApp::pickMovie(const Desktop::MovieDialog& dialog, Desktop::Picked picked) {
     MovieWindow* window = currentWindow();
-    picker_.pick(dialog, std::move(picked), window ? &window->window() : nullptr);
+    picker_.pick(MoviePicker::What::file, dialog, std::move(picked), window ? &window->window() : nullptr);
+}
+
+void VelmoraApp::chooseFolder(MovieWindow* window) {
+    const Desktop::MovieDialog dialog{.title = tr("Choose the folder of a movie"),
+                                      .message = tr("The largest movie in the folder is opened."),
+                                      .extensions = movieExtensions().values()};
+    const auto picked = [self = QPointer(this),
+                         chooser = QPointer(window)](const std::optional<QUrl>& folder) {
+        if (chooser && folder)
+            chooser->session().open(*folder, false);
+        else if (self && folder)
+            self->openWindow(*folder);
+    };
+    picker_.pick(MoviePicker::What::folder, dialog, picked, window ? &window->window() : nullptr);
 }
 
 void VelmoraApp::showOutcome(const Updater::Outcome& outcome) {

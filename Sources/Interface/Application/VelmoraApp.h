@@ -55,6 +55,7 @@ class VelmoraApp : public QObject {
     void noteFocus(const QWindow* focused);
     void bringToFront();
     void chooseMovie(MovieWindow* window);
+    void chooseFolder(MovieWindow* window);
     void showOutcome(const Updater::Outcome& outcome);
 
     ApplicationWorld& world_;

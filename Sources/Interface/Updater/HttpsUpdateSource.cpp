@@ -3,10 +3,9 @@
 #include "Diagnostics/Log.h"
 #include "Interface/Updater/UpdateFeed.h"
 
+#include <QCoreApplication>
 #include <QNetworkReply>
 #include <QNetworkRequest>
-
-#include <chrono>
 
 namespace velmora {
 
@@ -14,19 +13,27 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::chrono::milliseconds timeout = std::chrono::seconds(20);
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Updater)
+};
 
 UpdateSource::Answer answer(QNetworkReply& reply) {
     if (reply.error() == QNetworkReply::NoError) return reply.readAll();
     logger().error(u"update check: "_s + reply.errorString());
-    return std::unexpected(u"The update server could not be reached. Check the network and try again."_s);
+    return std::unexpected(
+        Texts::tr("The update server could not be reached. Check the network and try again."));
 }
 
 }  // namespace
 
+HttpsUpdateSource::HttpsUpdateSource(QSslConfiguration tls, std::chrono::milliseconds timeout)
+    : tls_(std::move(tls)), timeout_(timeout) {}
+
 void HttpsUpdateSource::fetch(const QUrl& feed, Fetched fetched) {
     QNetworkRequest request(feed);
-    request.setTransferTimeout(static_cast<int>(timeout.count()));
+    request.setTransferTimeout(static_cast<int>(timeout_.count()));
+    request.setSslConfiguration(tls_);
     request.setHeader(QNetworkRequest::UserAgentHeader, u"Velmora"_s);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);

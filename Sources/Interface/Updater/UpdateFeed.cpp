@@ -2,6 +2,7 @@
 
 #include "Sender/Pairing/Crypto.h"
 
+#include <QCoreApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -12,6 +13,11 @@ namespace velmora {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Updater)
+};
 
 constexpr auto product = "com.quillet.velmora"_L1;
 constexpr qsizetype maxNotes = 20'000;  // characters
@@ -67,13 +73,15 @@ std::expected<UpdateFeed, UpdateFeed::Refusal> UpdateFeed::read(QByteArrayView b
 QString UpdateFeed::explain(Refusal refusal) {
     switch (refusal) {
         case Refusal::damaged:
-            return u"What the update server sent is damaged. Try again later."_s;
+            return Texts::tr("What the update server sent is damaged. Try again later.");
         case Refusal::unsigned_:
-            return u"What the update server sent is not signed by Velmora's publisher, so it was ignored."_s;
+            return Texts::tr(
+                "What the update server sent is not signed by Velmora's publisher, so it was ignored.");
         case Refusal::foreign:
-            return u"What the update server sent is about another program, so it was ignored."_s;
+            return Texts::tr("What the update server sent is about another program, so it was ignored.");
         case Refusal::outdated:
-            return u"The update server sent older news than last time, so it was ignored. Try again later."_s;
+            return Texts::tr(
+                "The update server sent older news than last time, so it was ignored. Try again later.");
     }
     return {};
 }

@@ -3,6 +3,7 @@
 #include "Diagnostics/Log.h"
 #include "System/Preferences.h"
 
+#include <QCoreApplication>
 #include <QPointer>
 
 namespace velmora {
@@ -11,10 +12,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Updater)
+};
+
 /// When the feed accepted last was issued, as ISO text.
 const QString issuedKey = u"updateFeedIssued"_s;
 
-const QString failureTitle = u"Couldn't check for updates"_s;
+QString failureTitle() {
+    return Texts::tr("Couldn't check for updates");
+}
 
 }  // namespace
 
@@ -29,12 +37,12 @@ void Updater::checkForUpdates() {
     if (!canCheckForUpdates_) return;
     setCanCheck(false);
     if (!build_.keeper.isEmpty())
-        return finish(
-            {u"Updates come with your system"_s,
-             u"This Velmora was installed by %1, which also keeps it up to date."_s.arg(build_.keeper)});
+        return finish({Texts::tr("Updates come with your system"),
+                       Texts::tr("This Velmora was installed by %1, which also keeps it up to date.")
+                           .arg(build_.keeper)});
     if (build_.feed.isEmpty() || build_.key.isEmpty())
-        return finish(
-            {failureTitle, u"This build of Velmora does not know where its updates are published."_s});
+        return finish({failureTitle(),
+                       Texts::tr("This build of Velmora does not know where its updates are published.")});
     source_.fetch(build_.feed, [self = QPointer(this)](const UpdateSource::Answer& answer) {
         if (self) self->answered(answer);
     });
@@ -47,18 +55,19 @@ void Updater::answered(const UpdateSource::Answer& answer) {
 }
 
 Updater::Outcome Updater::judge(const UpdateSource::Answer& answer) {
-    if (!answer) return {failureTitle, answer.error()};
+    if (!answer) return {failureTitle(), answer.error()};
     const QString stored = preferences_.value(issuedKey).value_or(QVariant()).toString();
     const auto feed = UpdateFeed::read(*answer, build_.key, QDateTime::fromString(stored, Qt::ISODate));
-    if (!feed) return {failureTitle, UpdateFeed::explain(feed.error())};
+    if (!feed) return {failureTitle(), UpdateFeed::explain(feed.error())};
     preferences_.set(issuedKey, feed->issued.toString(Qt::ISODate));
 
     const auto installed = QVersionNumber::fromString(build_.version);
     if (QVersionNumber::compare(feed->version.normalized(), installed.normalized()) <= 0)
-        return {u"Velmora is up to date"_s, u"Version %1 is the newest."_s.arg(build_.version)};
-    QString text = u"You have version %1."_s.arg(build_.version);
+        return {Texts::tr("Velmora is up to date"),
+                Texts::tr("Version %1 is the newest.").arg(build_.version)};
+    QString text = Texts::tr("You have version %1.").arg(build_.version);
     if (!feed->notes.isEmpty()) text += u"\n\n"_s + feed->notes;
-    return {u"Velmora %1 is available"_s.arg(feed->version.toString()), text, feed->page};
+    return {Texts::tr("Velmora %1 is available").arg(feed->version.toString()), text, feed->page};
 }
 
 void Updater::finish(const Outcome& outcome) {

@@ -28,7 +28,10 @@ DialogFrame {
         anchors.horizontalCenter: parent ? parent.horizontalCenter : undefined
         canType: dialog.routes.canAnswer
         hasError: dialog.error.length > 0
-        onEdited: dialog.wasWrong = false
+        onEdited: {
+            clearing.stop();
+            dialog.wasWrong = false;
+        }
         onCompleted: entered => dialog.routes.answer(entered)
     }
 

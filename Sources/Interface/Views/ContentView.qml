@@ -105,7 +105,7 @@ FocusScope {
             inks: content.inks
             symbol: "menu"
             symbolSize: 20
-            isLit: mainPopup.visible
+            isOpen: mainPopup.visible
             help: qsTr("Main Menu (F10)")
             name: qsTr("Main Menu")
             onClicked: content.openMainMenu()

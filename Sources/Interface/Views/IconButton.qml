@@ -14,11 +14,13 @@ Item {
     property color fillPressed: inks.sinksWhenPressed ? inks.fillPressed : fill
     property bool isSolid: false
     property bool isLit: false
+    // What it opens is on the screen, where its help would lie over it.
+    property bool isOpen: false
     property bool canPress: true
     property string help
     property string name: help
     property alias button: button
-    readonly property bool showsHelp: pointer.hovered && !button.pressed && help.length > 0
+    readonly property bool showsHelp: pointer.hovered && !button.pressed && !isOpen && help.length > 0
 
     signal clicked
 
@@ -44,7 +46,7 @@ Item {
         background: ControlGround {
             radius: height / 2
             opacity: root.canPress ? 1 : 0.6
-            color: root.isLit ? root.inks.lit : button.pressed ? root.fillPressed : root.fill
+            color: root.isLit || root.isOpen ? root.inks.lit : button.pressed ? root.fillPressed : root.fill
             inks: root.inks
             words: root.color
             isHovered: button.hovered && root.canPress

@@ -43,7 +43,6 @@ Item {
         anchors.fill: parent
         hoverEnabled: true
         onPositionChanged: row.pointed()
-        onEntered: row.pointed()
         onClicked: row.clicked()
     }
 

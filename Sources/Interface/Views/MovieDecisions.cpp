@@ -17,7 +17,7 @@ const QString audioPrefix = u"audio:"_s;
 const QString subtitlePrefix = u"subtitle:"_s;
 
 QString tr(const char* text) {
-    return QCoreApplication::translate("MovieScreen", text);
+    return QCoreApplication::translate("velmora::MovieDecisions", text);
 }
 
 QString chosenDevice(const MovieState& state) {
@@ -117,8 +117,13 @@ Status status(const MovieState& state) {
             const QString text = state.isPlaying ? tr("Playing on %1") : tr("Paused on %1");
             return {.text = text.arg(chosenDevice(state)), .symbol = u"tv"_s, .tone = Tone::plain};
         }
-        case Mode::stalled:
-            return {.text = withoutKey(playHelp(state)), .symbol = u"warning"_s, .tone = Tone::warning};
+        case Mode::stalled: {
+            const QString text = state.notice.isEmpty() ? withoutKey(playHelp(state)) : state.notice;
+            return {.text = text, .symbol = u"warning"_s, .tone = Tone::warning};
+        }
+        case Mode::waiting:
+            if (!state.notice.isEmpty()) return {.text = state.notice, .symbol = {}, .tone = Tone::plain};
+            [[fallthrough]];
         default:
             return {.text = withoutKey(playHelp(state)), .symbol = {}, .tone = Tone::quiet};
     }

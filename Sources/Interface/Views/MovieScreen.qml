@@ -152,7 +152,7 @@ FocusScope {
                 inks: screen.inks
                 symbol: "subtitles"
                 canPress: screen.movie.canChooseTracks
-                isLit: media.visible
+                isOpen: media.visible
                 help: qsTr("Audio and subtitles")
                 onClicked: media.open()
             }
@@ -217,7 +217,8 @@ FocusScope {
                 symbol: "airplay"
                 color: screen.movie.hasDevice ? screen.inks.accent : screen.inks.text
                 canPress: screen.movie.canAirPlay
-                isLit: screen.movie.isAirPlayLit || picker.isOpen
+                isLit: screen.movie.isAirPlayLit
+                isOpen: picker.isOpen
                 help: screen.movie.airPlayHelp
                 onClicked: screen.movie.pickRouteRequested()
             }

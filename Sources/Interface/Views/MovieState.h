@@ -27,6 +27,7 @@ struct MovieState {
     std::optional<QString> deviceName;     ///< of the chosen device; absent: this computer
     std::optional<QString> handingOverTo;  ///< the device that a handover to is under way
     bool isWaking = false;                 ///< that device was asleep
+    QString notice;                        ///< why the movie is not there; empty when nothing is to be told
     bool hasOutputContext = false;
     bool isOnAppleTV = false;
     bool isPlaying = false;

@@ -15,7 +15,7 @@ namespace {
 const QString televisionPrefix = u"tv:"_s;
 
 QString tr(const char* text) {
-    return QCoreApplication::translate("RoutePicker", text);
+    return QCoreApplication::translate("velmora::PickerDecisions", text);
 }
 
 QString asSentence(QString text) {
@@ -28,6 +28,7 @@ QString detail(const Television& television, int secondsToWait) {
     if (secondsToWait > 0) return tr("Refused. Next try in %1").arg(Durations::clockTime(secondsToWait));
     if (television.activity == Television::Activity::waking) return tr("Waking…");
     if (television.activity == Television::Activity::connecting) return tr("Connecting…");
+    if (television.isAway) return tr("Not seen on the network");
     if (television.asks == Television::Asks::code) return tr("Asks for a code");
     return television.asks == Television::Asks::password ? tr("Asks for a password") : QString();
 }
@@ -55,7 +56,9 @@ QList<Television> shown(const Routes& routes) {
     QList<Television> all = routes.televisions;
     const auto isChosen = [&routes](const Television& one) { return routes.chosen == one.identifier; };
     if (routes.chosen && std::ranges::none_of(all, isChosen))
-        all.append({.identifier = *routes.chosen, .name = routes.chosenName.value_or(*routes.chosen)});
+        all.append({.identifier = *routes.chosen,
+                    .name = routes.chosenName.value_or(*routes.chosen),
+                    .isAway = true});
     return all;
 }
 
@@ -124,7 +127,7 @@ QuestionTexts question(const TelevisionQuestion& question, Clock::Instant now) {
         .text = isCode ? tr("Type the four digits shown on the television.")
                        : tr("This television asks for a password."),
         .error = {},
-        .canAnswer = secondsToWait == 0};
+        .canAnswer = !question.nextTry && !question.isChecking};
     if (question.wasWrong)
         texts.error = isCode ? tr("That code didn't match.") : tr("That password didn't match.");
     if (secondsToWait > 0) {
@@ -132,6 +135,12 @@ QuestionTexts question(const TelevisionQuestion& question, Clock::Instant now) {
         texts.error = texts.error.isEmpty() ? wait : texts.error + u' ' + wait;
     }
     return texts;
+}
+
+QString dismissed(const TelevisionQuestion& question) {
+    const bool isCode = question.asks == Television::Asks::code;
+    return (isCode ? tr("Not sent to %1: it asks for a code") : tr("Not sent to %1: it asks for a password"))
+        .arg(question.television);
 }
 
 }  // namespace velmora::PickerDecisions

@@ -35,6 +35,8 @@ struct QuestionTexts {
     bool canAnswer = true;
 };
 [[nodiscard]] QuestionTexts question(const TelevisionQuestion& question, Clock::Instant now);
+/// What is said where the question was given no answer.
+[[nodiscard]] QString dismissed(const TelevisionQuestion& question);
 
 /// Whole seconds until `instant`, rounded up; 0 when it is past or absent.
 [[nodiscard]] int secondsUntil(const std::optional<Clock::Instant>& instant, Clock::Instant now);

@@ -38,6 +38,7 @@ RoutePickerModel::RoutePickerModel(Clock& clock, Televisions& televisions, Outpu
     connect(&rows_, &MenuRows::forgotten, this, &RoutePickerModel::forgetRow);
     connect(&televisions_, &Televisions::televisionsChanged, this, &RoutePickerModel::refresh);
     connect(&televisions_, &Televisions::questionChanged, this, &RoutePickerModel::readQuestion);
+    connect(&televisions_, &Televisions::outcomeChanged, this, [this] { setNotice(televisions_.outcome()); });
     refresh();
     readQuestion();
 }
@@ -97,18 +98,30 @@ void RoutePickerModel::noteLongLook() {
 }
 
 QString RoutePickerModel::add(const QString& address) {
-    return televisions_.add(address.trimmed());
+    const QString problem = televisions_.add(address.trimmed());
+    if (problem.isEmpty()) forgetNotice();
+    return problem;
 }
 
 void RoutePickerModel::answer(const QString& secret) {
-    if (question_ && texts_.canAnswer) televisions_.answer(secret);
+    if (!question_ || !texts_.canAnswer) return;
+    televisions_.answer(secret);
+    Q_EMIT answered();
 }
 
 void RoutePickerModel::dismiss() {
-    if (question_) televisions_.dismiss();
+    if (!question_) return;
+    const QString notice = PickerDecisions::dismissed(*question_);
+    televisions_.dismiss();
+    setNotice(notice);
+}
+
+void RoutePickerModel::setNotice(const QString& notice) {
+    if (std::exchange(notice_, notice) != notice) Q_EMIT noticeChanged();
 }
 
 void RoutePickerModel::chooseRow(const QString& rowIdentifier) {
+    forgetNotice();
     if (const auto identifier = PickerDecisions::televisionOf(rowIdentifier))
         chooseTelevision(*identifier);
     else if (context_)

@@ -40,6 +40,9 @@ class RoutePickerModel : public QObject {
     void refresh();
     /// The chosen television is being woken.
     [[nodiscard]] bool isWaking() const;
+    /// What became of the movie on the television, until another is chosen or plays; mostly empty.
+    [[nodiscard]] QString notice() const { return notice_; }
+    void forgetNotice() { setNotice({}); }
 
     [[nodiscard]] MenuRows* rows() { return &rows_; }
     [[nodiscard]] bool hasQuestion() const { return question_.has_value(); }
@@ -60,7 +63,9 @@ class RoutePickerModel : public QObject {
     void openRequested();  ///< show the menu
     void questionChanged();
     void wrongAnswered();  ///< the answer was wrong: clear the field
+    void answered();       ///< the television has what it asked for
     void wakingChanged();
+    void noticeChanged();
 
   private:
     class Anchor;
@@ -71,6 +76,7 @@ class RoutePickerModel : public QObject {
     void tick();
     void tickWhileWaiting();
     void noteLongLook();
+    void setNotice(const QString& notice);
 
     Clock& clock_;
     Televisions& televisions_;
@@ -83,6 +89,7 @@ class RoutePickerModel : public QObject {
     bool hasLookedLong_ = false;
     std::optional<TelevisionQuestion> question_;
     PickerDecisions::QuestionTexts texts_;
+    QString notice_;
     Clock::Timer ticks_;
     Clock::Timer longLook_;
 };

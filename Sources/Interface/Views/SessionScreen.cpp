@@ -49,6 +49,8 @@ void SessionScreen::follow() {
     connect(&session_.airPlay(), &AirPlay::deviceNameChanged, &picker_, &RoutePickerModel::refresh);
     connect(&session_.airPlay(), &AirPlay::deviceNameChanged, this, &SessionScreen::showState);
     connect(&picker_, &RoutePickerModel::wakingChanged, this, &SessionScreen::showState);
+    connect(&picker_, &RoutePickerModel::noticeChanged, this, &SessionScreen::showState);
+    connect(&picker_, &RoutePickerModel::answered, this, &SessionScreen::goOnAnswered);
 }
 
 void SessionScreen::obey() {
@@ -71,7 +73,14 @@ void SessionScreen::obey() {
             [this](const QString& identifier) { choose(identifier, false); });
 }
 
+/// The television asked after the session had given it up.
+void SessionScreen::goOnAnswered() {
+    if (session_.isStalled() && !session_.isPlaying()) session_.retryHandover();
+}
+
 void SessionScreen::showState() {
+    // It was about the movie before.
+    if (!session_.phase().ready()) picker_.forgetNotice();
     const auto& last = session_.lastMovie();
     movie_.show(MovieState{.phase = session_.phase(),
                            .title = session_.title(),
@@ -80,6 +89,7 @@ void SessionScreen::showState() {
                            .deviceName = session_.airPlay().deviceName(),
                            .handingOverTo = session_.handingOverTo(),
                            .isWaking = picker_.isWaking(),
+                           .notice = picker_.notice(),
                            .hasOutputContext = session_.airPlay().context() != nullptr,
                            .isOnAppleTV = session_.isOnAppleTV(),
                            .isPlaying = session_.isPlaying(),

@@ -22,6 +22,7 @@ class SessionScreen : public QObject {
   private:
     void follow();
     void obey();
+    void goOnAnswered();
     void showState();
     void showArtwork();
     void showTracks();

@@ -22,6 +22,7 @@ struct Television {
     Activity activity = Activity::none;
     std::optional<Clock::Instant> nextTry{};  ///< it refuses until then
     bool canForget = false;                   ///< something of it is stored that can be given up
+    bool isAway = false;                      ///< known from before, and not seen on the network now
 
     friend bool operator==(const Television&, const Television&) = default;
 };
@@ -31,7 +32,8 @@ struct TelevisionQuestion {
     Television::Asks asks = Television::Asks::code;
     QString television;                       ///< its name
     bool wasWrong = false;                    ///< the last answer was
-    std::optional<Clock::Instant> nextTry{};  ///< no answer is taken before
+    bool isChecking = false;                  ///< an answer was given, and the verdict is not there yet
+    std::optional<Clock::Instant> nextTry{};  ///< no answer is taken before; then it is asked again
 
     friend bool operator==(const TelevisionQuestion&, const TelevisionQuestion&) = default;
 };
@@ -60,11 +62,17 @@ class Televisions : public QObject {
     /// The question that waits for the user; absent when none does.
     [[nodiscard]] virtual std::optional<TelevisionQuestion> question() const = 0;
     virtual void answer(const QString& secret) = 0;
+    /// Nobody can or wants to answer: the movie does not go there.
     virtual void dismiss() = 0;
+
+    /// Why the chosen television does not show the movie, or no longer does, as whole sentences; empty where
+    /// there is nothing to tell.
+    [[nodiscard]] virtual QString outcome() const = 0;
 
   Q_SIGNALS:
     void televisionsChanged();  ///< also the reason
     void questionChanged();
+    void outcomeChanged();
 };
 
 }  // namespace velmora

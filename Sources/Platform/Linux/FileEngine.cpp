@@ -3,6 +3,7 @@
 #include "Preparation/Media.h"
 #include "Preparation/Tools.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QUrl>
 
@@ -15,10 +16,32 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-double durationOf(const QString& file, const std::stop_token& stop) {
-    if (!Tools::ffprobe()) return 0;
-    const auto info = MediaProbe::probe(QUrl::fromLocalFile(file), *Tools::ffprobe(), stop);
-    return info ? info->duration : 0;
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Player)
+};
+
+MediaInfo probe(const QString& file, const std::stop_token& stop) {
+    if (!Tools::ffprobe()) return {};
+    return MediaProbe::probe(QUrl::fromLocalFile(file), *Tools::ffprobe(), stop).value_or(MediaInfo());
+}
+
+/// The first default track of its kind is on; of the sounds, the first one where there is none.
+QList<LocalEngine::Track> tracksOf(MediaGroup::Kind kind, const QList<MediaInfo::Stream>& streams) {
+    QList<LocalEngine::Track> tracks;
+    for (const MediaInfo::Stream& stream : streams)
+        tracks.append({.kind = kind,
+                       .number = static_cast<int>(tracks.size()) + 1,
+                       .title = stream.title.value_or(QString()),
+                       .language = stream.language.value_or(QString()),
+                       .channels = stream.channels,
+                       .isForced = stream.isForced});
+    const auto first = std::ranges::find_if(streams, &MediaInfo::Stream::isDefault) - streams.begin();
+    if (first < streams.size())
+        tracks[first].isSelected = true;
+    else if (kind == MediaGroup::Kind::audible && !tracks.isEmpty())
+        tracks.first().isSelected = true;
+    return tracks;
 }
 
 }  // namespace
@@ -43,9 +66,12 @@ void FileEngine::load(const QString& file) {
     if (!entry.isReadable()) return tell([this, number] { takeMissing(number); });
     const QDateTime modified = entry.lastModified();
     if (known_->file == file && known_->modified == modified)
-        return tell([this, number] { takeLoaded(number, known_->duration); });
+        return tell([this, number] { takeLoaded(number, *known_); });
     thread_ = std::jthread([this, tell, number, file, modified](const std::stop_token& stop) {
-        const Known probed{file, modified, durationOf(file, stop)};
+        const MediaInfo info = probe(file, stop);
+        const Known probed{file, modified, info.duration,
+                           tracksOf(MediaGroup::Kind::audible, info.audio()) +
+                               tracksOf(MediaGroup::Kind::legible, info.subtitles())};
         tell([this, number, probed] { takeProbed(number, probed); });
     });
 }
@@ -55,18 +81,20 @@ void FileEngine::unload() {
     stage_ = Stage::empty;
     position_ = 0;
     duration_.reset();
+    tracks_.clear();
     answer(false);
 }
 
 void FileEngine::takeProbed(quint64 number, const Known& file) {
     if (number == number_) *known_ = file;
-    takeLoaded(number, file.duration);
+    takeLoaded(number, file);
 }
 
-void FileEngine::takeLoaded(quint64 number, double duration) {
+void FileEngine::takeLoaded(quint64 number, const Known& file) {
     if (number != number_) return;
     // What does not tell its length may play all the same.
-    if (duration > 0) duration_ = duration;
+    if (file.duration > 0) duration_ = file.duration;
+    tracks_ = file.tracks;
     stage_ = Stage::ready;
     answer(true);
     Q_EMIT ready();
@@ -75,7 +103,7 @@ void FileEngine::takeLoaded(quint64 number, double duration) {
 void FileEngine::takeMissing(quint64 number) {
     if (number != number_) return;
     unload();
-    Q_EMIT failed(u"The movie cannot be opened."_s);
+    Q_EMIT failed(Texts::tr("The movie cannot be opened."));
 }
 
 void FileEngine::seek(double seconds, Seek /*how*/, Sought done) {

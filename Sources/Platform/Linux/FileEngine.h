@@ -8,14 +8,14 @@
 
 namespace velmora {
 
-/// For players that only ever play on televisions: finds out how long a movie is, and keeps a place in it.
-/// Nothing is decoded, shown or heard, and the place does not move by itself; tracks are not told.
+/// For players that only ever play on televisions: finds out how long a movie is and which tracks it has, and
+/// keeps a place in it. Nothing is decoded, shown or heard, and the place does not move by itself.
 class FileEngine : public LocalEngine {
     Q_OBJECT
 
   public:
-    /// Its engines tell each other how long the file is that they had last: a handover takes a player for
-    /// each attempt, and the television is not to wait for what is known.
+    /// Its engines tell each other what they found in the file that they had last: a handover takes a player
+    /// for each attempt, and the television is not to wait for what is known.
     [[nodiscard]] static Maker maker();
 
     FileEngine() : FileEngine(std::make_shared<Known>()) {}
@@ -31,7 +31,7 @@ class FileEngine : public LocalEngine {
     [[nodiscard]] bool isReady() const override { return stage_ == Stage::ready; }
     [[nodiscard]] std::optional<double> position() const override;
     [[nodiscard]] std::optional<double> duration() const override { return duration_; }
-    [[nodiscard]] QList<Track> tracks() const override { return {}; }
+    [[nodiscard]] QList<Track> tracks() const override { return tracks_; }
     void setKeepsLastPicture(bool /*on*/) override {}
 
   private:
@@ -40,12 +40,13 @@ class FileEngine : public LocalEngine {
         QString file;
         QDateTime modified;
         double duration = 0;
+        QList<Track> tracks;
     };
 
     explicit FileEngine(std::shared_ptr<Known> known) : known_(std::move(known)) {}
 
     void takeProbed(quint64 number, const Known& file);
-    void takeLoaded(quint64 number, double duration);
+    void takeLoaded(quint64 number, const Known& file);
     void takeMissing(quint64 number);
     void answer(bool finished);
 
@@ -55,6 +56,7 @@ class FileEngine : public LocalEngine {
     quint64 number_ = 0;  ///< of the file; news of an older one are dropped
     double position_ = 0;
     std::optional<double> duration_;
+    QList<Track> tracks_;
     Sought sought_;  ///< until the file is ready
     std::jthread thread_;
 };

@@ -134,12 +134,14 @@ void LinuxPlayer::playLocally() {
 }
 
 void LinuxPlayer::takeReady() {
-    synchronizeSoon();
     // Whoever hears of it may take another item.
     const auto item = item_;
     const QPointer<LinuxPlayer> alive(this);
     item->takeLoaded(local_->duration(), local_->tracks());
-    if (alive) tellTime();
+    if (!alive) return;
+    // Behind the answers about tracks: what is selected then, the television begins with.
+    synchronizeSoon();
+    tellTime();
 }
 
 void LinuxPlayer::takeFailure(const QString& reason) {
@@ -158,6 +160,7 @@ void LinuxPlayer::takeEnd() {
 
 void LinuxPlayer::takeSelection(MediaGroup::Kind kind) {
     local_->selectTrack(kind, item_->selectedTrack(kind));
+    if (isAttached_) chooseThere();
 }
 
 LinuxPlayer::TimeControlStatus LinuxPlayer::statusNow() const {

@@ -14,6 +14,7 @@ namespace velmora {
 
 class NetworkOutputContext;
 struct Receiver;
+struct TrackChoice;
 
 /// One player with two engines: a local one on this computer, and whatever its context plays on a television.
 ///
@@ -24,8 +25,9 @@ struct Receiver;
 ///
 /// At the movie's end external playback stays active: the movie is over there, not lost.
 ///
-/// Tracks chosen here are heard and seen here only. The television gets the whole file and begins with its
-/// default tracks; the sender's protocol has no verb for another choice.
+/// The selected tracks are those that the television begins with. One that plays is sent the movie again, at
+/// its place and with the new tracks as its default ones: no receiver is known to change tracks when told to.
+/// Meanwhile external playback stays active, and the status is `waiting`.
 class LinuxPlayer : public Player {
     Q_OBJECT
 
@@ -77,6 +79,8 @@ class LinuxPlayer : public Player {
     void detach();
     void takeRemoteEnd(double position);
     void lose(bool isDropped);
+    void chooseThere();
+    [[nodiscard]] TrackChoice chosenTracks() const;
     void setExternal(bool active);
 
     // Both.
@@ -105,6 +109,7 @@ class LinuxPlayer : public Player {
     bool isExternal_ = false;
     bool remotePlays_ = false;       ///< what the television was last told, or did by itself
     bool awaitsRemoteRate_ = false;  ///< it has not followed yet
+    Clock::Timer choosing_;          ///< of tracks, by somebody who may not be through with it
 
     TimeControlStatus status_ = TimeControlStatus::paused;
     bool isSynchronizing_ = false;

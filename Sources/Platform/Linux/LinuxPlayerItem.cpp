@@ -2,6 +2,8 @@
 
 #include "Companions/Language.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <utility>
 
@@ -11,6 +13,11 @@ using namespace Qt::StringLiterals;
 using Kind = MediaGroup::Kind;
 
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Player)
+};
 
 std::size_t indexOf(Kind kind) {
     return static_cast<std::size_t>(kind);
@@ -31,7 +38,7 @@ QString channelWords(int channels) {
         case 8:
             return u"7.1"_s;
         default:
-            return u"%1 channels"_s.arg(channels);
+            return Texts::tr("%1 channels").arg(channels);
     }
 }
 
@@ -39,7 +46,7 @@ QString plainName(const LocalEngine::Track& track) {
     if (!track.title.isEmpty()) return track.title;
     const auto code = Language::normalize(track.language);
     const auto name = code ? Language::displayName(*code) : std::nullopt;
-    return name.value_or(u"Track %1"_s.arg(track.number));
+    return name.value_or(Texts::tr("Track %1").arg(track.number));
 }
 
 /// Audio tracks of the same name are told apart by their channels.
@@ -103,6 +110,10 @@ void LinuxPlayerItem::select(const std::optional<MediaOption>& option, Kind kind
 
 std::optional<int> LinuxPlayerItem::selectedTrack(Kind kind) const {
     return selected_.at(indexOf(kind));
+}
+
+int LinuxPlayerItem::trackCount(Kind kind) const {
+    return static_cast<int>(std::ranges::count(tracks_, kind, &LocalEngine::Track::kind));
 }
 
 void LinuxPlayerItem::takeLoaded(std::optional<double> duration, const QList<LocalEngine::Track>& tracks) {

@@ -32,6 +32,8 @@ class LinuxPlayerItem : public PlayerItem {
 
     /// The number of the selected track; absent when the kind is off.
     [[nodiscard]] std::optional<int> selectedTrack(MediaGroup::Kind kind) const;
+    /// 0 while they are not known.
+    [[nodiscard]] int trackCount(MediaGroup::Kind kind) const;
 
     /// The tracks of one kind as choices; absent when there are none.
     [[nodiscard]] static std::optional<MediaGroup> groupOf(const QList<LocalEngine::Track>& tracks,

@@ -8,7 +8,16 @@
 
 namespace velmora {
 
+using namespace std::chrono_literals;
+using Kind = MediaGroup::Kind;
 using Phase = RemotePlayback::Phase;
+
+namespace {
+
+// Whoever goes through the tracks one by one has the movie loaded again once.
+constexpr Clock::Duration choiceSettles = 400ms;
+
+}  // namespace
 
 std::optional<Receiver> LinuxPlayer::television() const {
     return context_ && allowsExternal_ ? context_->television() : std::nullopt;
@@ -25,13 +34,15 @@ void LinuxPlayer::attach(const Receiver& receiver) {
     context_->output().attach(this, receiver,
                               {.file = item_->file().toLocalFile(),
                                .duration = local_->duration().value_or(0),
-                               .startPosition = start});
+                               .startPosition = start,
+                               .tracks = chosenTracks()});
     kept_.reset();
     follow();
 }
 
 /// Ends what this player has on a television.
 void LinuxPlayer::detach() {
+    choosing_.cancel();
     if (!std::exchange(isAttached_, false)) return;
     const auto chosen = television();
     const bool isStillChosen = chosen && chosen->identifier == attachedTo_;
@@ -47,6 +58,21 @@ void LinuxPlayer::steer() {
         context_->output().resume();
     else
         context_->output().pause();
+}
+
+void LinuxPlayer::chooseThere() {
+    choosing_ = clock_.after(choiceSettles, [this] { context_->output().chooseTracks(chosenTracks()); });
+}
+
+TrackChoice LinuxPlayer::chosenTracks() const {
+    const auto chosen = [this](Kind kind) -> std::optional<TrackChoice::Track> {
+        const int count = item_->trackCount(kind);
+        const auto number = item_->selectedTrack(kind);
+        // Nobody wants a movie without its sound.
+        if (count == 0 || (!number && kind == Kind::audible)) return std::nullopt;
+        return TrackChoice::Track{.number = number.value_or(0), .count = count};
+    };
+    return {.audio = chosen(Kind::audible), .subtitle = chosen(Kind::legible)};
 }
 
 /// What happens on the television has happened to this player.
@@ -69,6 +95,10 @@ void LinuxPlayer::follow() {
             return lose(true);
         case Phase::failed:
             return lose(false);
+        case Phase::loading:
+            // It plays before it pauses, also when it loads other tracks.
+            awaitsRemoteRate_ = true;
+            return updateStatus();
         default:
             updateStatus();
     }

@@ -1,8 +1,19 @@
 #include "Platform/Linux/LoginManager.h"
 
+#include <QCoreApplication>
+
 namespace velmora {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Player)
+};
+
+}  // namespace
 
 std::optional<PowerManager::Assertion> LoginManager::preventIdleSleep(const QString& reason) {
     if (!buses_.system.isConnected() && !buses_.session.isConnected()) return std::nullopt;
@@ -18,7 +29,7 @@ void LoginManager::release(Assertion assertion) {
 }
 
 std::shared_ptr<void> LoginManager::lightDisplay() const {
-    const QString reason = u"Velmora is playing a movie"_s;
+    const QString reason = Texts::tr("Velmora is playing a movie");
     const QList<Inhibitor::Offer> offers{Inhibitor::screenSaver(buses_.session, reason),
                                          Inhibitor::portal(buses_.session, reason)};
     return std::make_shared<Inhibitor>(offers);

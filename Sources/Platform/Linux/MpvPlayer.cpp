@@ -1,11 +1,10 @@
 #include "Platform/Linux/MpvPlayer.h"
 
-#include "Diagnostics/Log.h"
+#include "Platform/Linux/MpvCore.h"
 
-#include <QDir>
+#include <QCoreApplication>
 #include <QFile>
 
-#include <dlfcn.h>
 #include <mpv/client.h>
 
 #include <algorithm>
@@ -19,107 +18,66 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void dropComplaint(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
-                   const char* /*format*/, ...) {}
-
-/// What mpv's libraries have to say of devices that are not there goes to standard error, past mpv's own log.
-void quietenLibraries() {
-    for (const auto& [name, value] : {std::pair("PIPEWIRE_DEBUG", "0"), {"LIBVA_MESSAGING_LEVEL", "0"}}) {
-        if (!qEnvironmentVariableIsSet(name)) qputenv(name, value);
-    }
-    using TakeComplaints = int (*)(decltype(&dropComplaint));
-    // It comes with mpv or not at all.
-    if (void* const found = dlsym(RTLD_DEFAULT, "snd_lib_error_set_handler"))
-        reinterpret_cast<TakeComplaints>(found)(dropComplaint);
-}
-
-// What is not there mpv would look for at every file, which takes time, and complain of.
-
-bool hasNvidia() {
-    return QFile::exists(u"/dev/nvidia0"_s);
-}
-
-bool hasGraphicsProcessor() {
-    return hasNvidia() || !QDir(u"/dev/dri"_s).entryList({u"renderD*"_s}, QDir::System).isEmpty();
-}
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Player)
+};
 
 }  // namespace
 
-MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : LocalEngine(parent) {
+MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : LocalEngine(parent), options_(options) {
     std::setlocale(LC_NUMERIC, "C");
-    static const bool isQuiet = (quietenLibraries(), true);
-    static_cast<void>(isQuiet);
-    mpv_handle* const mpv = mpv_create();
-    if (!mpv) {
-        logger().error(u"player: libmpv does not start"_s);
-        return;
-    }
-    mpv_.reset(mpv, mpv_terminate_destroy);
-    const std::pair<const char*, QByteArray> settings[] = {
-        {"config", "no"},
-        {"terminal", "no"},
-        {"load-scripts", "no"},
-        {"ytdl", "no"},
-        // A movie is one file; whatever else it names is not to be opened on its word.
-        {"access-references", "no"},
-        {"ordered-chapters", "no"},
-        {"osc", "no"},
-        {"osd-level", "0"},
-        {"idle", "yes"},
-        {"pause", "yes"},
-        {"keep-open", "yes"},
-        {"hr-seek", "yes"},
-        // Without it a seek to just before an open group of pictures lands some frames late.
-        {"hr-seek-demuxer-offset", "0.25"},
-        // Files beside the movie are in it already, where they belong to it.
-        {"sub-auto", "no"},
-        {"audio-file-auto", "no"},
-        {"cover-art-auto", "no"},
-        {"audio-client-name", "Velmora"},
-        // What else there is to play sound with is for studios, or older.
-        {"ao", options.isMute ? "null" : "pipewire,pulse,alsa"},
-        {"audio-fallback-to-null", "yes"},
-        // A picture fills the place it has, which is of its own ratio but for rounding.
-        {"panscan", "1"},
-        // It is mostly drawn much smaller than it is.
-        {"dscale", "mitchell"},
-        {"correct-downscaling", "yes"},
-        // Whoever draws does so at once.
-        {"video-timing-offset", "0"},
-        {"vo", "null"},
-        {"hwdec", hasGraphicsProcessor() ? options.hardwareDecoding.toUtf8() : "no"},
-        // The others' decoders hand over in memory what they have decoded.
-        {"gpu-hwdec-interop", hasNvidia() ? "auto" : "no"},
-    };
-    for (const auto& [name, value] : settings) mpv_set_option_string(mpv, name, value.constData());
-    if (const int error = mpv_initialize(mpv); error < 0) {
-        logger().error(u"player: libmpv does not start: "_s + QString::fromUtf8(mpv_error_string(error)));
-        mpv_.reset();
-        return;
-    }
-    mpv_request_log_messages(mpv, "error");
-    mpv_observe_property(mpv, 0, "time-pos", MPV_FORMAT_DOUBLE);
-    mpv_observe_property(mpv, 0, "eof-reached", MPV_FORMAT_FLAG);
-    const auto wake = [](void* self) {
-        auto* player = static_cast<MpvPlayer*>(self);
-        QMetaObject::invokeMethod(player, &MpvPlayer::takeEvents, Qt::QueuedConnection);
-    };
-    mpv_set_wakeup_callback(mpv, wake, this);
+    MpvCore::quietenLibraries();
 }
 
 MpvPlayer::~MpvPlayer() {
+    if (starting_.valid()) mpv_.reset(starting_.get(), MpvCore::end);
     if (!mpv_) return;
     mpv_set_wakeup_callback(mpv_.get(), nullptr, nullptr);
     // Somebody may still have to take down what it draws with.
     if (mpv_.use_count() > 1) send({"stop"}, Reply::none);
 }
 
+/// On another thread, as loading the library and starting it takes a good tenth of a second.
+void MpvPlayer::start() {
+    if (mpv_ || starting_.valid()) return;
+    starting_ = std::async(std::launch::async, [this] {
+        mpv_handle* const made = MpvCore::start(options_.isMute, options_.hardwareDecoding);
+        QMetaObject::invokeMethod(this, &MpvPlayer::takeStarted, Qt::QueuedConnection);
+        return made;
+    });
+}
+
+void MpvPlayer::takeStarted() {
+    if (!starting_.valid()) return;
+    if (mpv_handle* const made = starting_.get()) {
+        mpv_.reset(made, MpvCore::end);
+        const auto wake = [](void* self) {
+            auto* player = static_cast<MpvPlayer*>(self);
+            QMetaObject::invokeMethod(player, &MpvPlayer::takeEvents, Qt::QueuedConnection);
+        };
+        mpv_set_wakeup_callback(made, wake, this);
+        setKeepsLastPicture(keepsLastPicture_);
+        Q_EMIT started();
+    }
+    if (stage_ == Stage::loading) loadNow();
+}
+
 void MpvPlayer::load(const QString& file) {
     reset();
     stage_ = Stage::loading;
-    setPaused(true);
-    if (mpv_) return send({"loadfile", QFile::encodeName(file)}, Reply::loading);
-    const auto tell = [this] { Q_EMIT failed(u"The movie cannot be played: libmpv does not start."_s); };
+    file_ = file;
+    isPaused_ = true;
+    start();
+    if (mpv_) loadNow();
+}
+
+void MpvPlayer::loadNow() {
+    setPaused(isPaused_);
+    if (mpv_) return send({"loadfile", QFile::encodeName(file_)}, Reply::loading);
+    const auto tell = [this] {
+        Q_EMIT failed(Texts::tr("The movie cannot be played: libmpv does not start."));
+    };
     QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 }
 
@@ -149,6 +107,7 @@ void MpvPlayer::setPaused(bool paused) {
 }
 
 void MpvPlayer::setKeepsLastPicture(bool on) {
+    keepsLastPicture_ = on;
     set("keep-open", on ? "yes" : "no", Reply::none);
 }
 

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 
@@ -20,8 +21,8 @@ struct mpv_handle;
 
 namespace velmora {
 
-/// Plays one file at a time on this computer, with libmpv. Main thread only; never waits for mpv, but for a
-/// moment on construction and destruction.
+/// Plays one file at a time on this computer, with libmpv, which is loaded for the first file. Main thread
+/// only; never waits for mpv.
 ///
 /// mpv shows broken pictures when a track change and a seek overlap, so each waits for the one before, and
 /// the first seek after a track change is made twice.
@@ -61,9 +62,13 @@ class MpvPlayer : public LocalEngine {
     /// As it is to be seen, upright and with square pixels. Absent until ready, and without a picture.
     [[nodiscard]] std::optional<QSize> pictureSize() const { return pictureSize_; }
 
-    /// For whoever draws, see `MpvPicture`; until then pictures are decoded and not drawn. Null when libmpv
-    /// does not start. Whoever keeps it keeps mpv, which falls silent all the same once the player is gone.
+    /// For whoever draws, see `MpvPicture`; until then pictures are decoded and not drawn. Null until
+    /// `started`. Whoever keeps it keeps mpv, which falls silent all the same once the player is gone.
     [[nodiscard]] const std::shared_ptr<mpv_handle>& handle() const { return mpv_; }
+
+  Q_SIGNALS:
+    /// There is a `handle` now, and no file in it yet.
+    void started();
 
   private:
     enum class Stage { empty, loading, ready };
@@ -76,6 +81,10 @@ class MpvPlayer : public LocalEngine {
     /// What an answer of mpv's is about.
     enum class Reply { none, loading, seekSent, trackChanged, tracks, picture, duration, position };
     static constexpr int replyBits = 4;
+
+    void start();
+    void takeStarted();
+    void loadNow();
 
     void takeEvents();
     void take(const mpv_event& event);
@@ -93,7 +102,11 @@ class MpvPlayer : public LocalEngine {
     void send(const QList<QByteArray>& words, Reply reply);
     void set(const char* property, const QByteArray& value, Reply reply);
 
+    const Options options_;
+    std::future<mpv_handle*> starting_;  ///< valid until its outcome is taken
     std::shared_ptr<mpv_handle> mpv_;
+    QString file_;
+    bool keepsLastPicture_ = true;
     Stage stage_ = Stage::empty;
     bool isPaused_ = true;
     bool hasEnded_ = false;

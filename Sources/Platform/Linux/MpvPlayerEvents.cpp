@@ -2,6 +2,7 @@
 #include "Diagnostics/Log.h"
 #include "Platform/Linux/MpvPlayer.h"
 
+#include <QCoreApplication>
 #include <QPointer>
 
 #include <mpv/client.h>
@@ -15,15 +16,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Player)
+};
+
 QString plainWords(int error) {
     switch (error) {
         case MPV_ERROR_LOADING_FAILED:
-            return u"The movie cannot be opened."_s;
+            return Texts::tr("The movie cannot be opened.");
         case MPV_ERROR_NOTHING_TO_PLAY:
         case MPV_ERROR_UNKNOWN_FORMAT:
-            return u"There is nothing in this file that can be played."_s;
+            return Texts::tr("There is nothing in this file that can be played.");
         default:
-            return u"The movie cannot be played (%1)."_s.arg(QString::fromUtf8(mpv_error_string(error)));
+            return Texts::tr("The movie cannot be played (%1).")
+                .arg(QString::fromUtf8(mpv_error_string(error)));
     }
 }
 

@@ -29,12 +29,16 @@ class NetworkOutputContext : public QObject, public OutputContext {
     [[nodiscard]] std::optional<Device> outputDevice() const override;
     [[nodiscard]] std::optional<quint64> outputDeviceFeatures() const override;
     void setOutputDevice(const std::optional<Device>& device, quint64 features) override;
+    [[nodiscard]] bool awaitsViewer() const override { return output_.awaitsViewer(); }
+    void endPlayback() override { output_.end(); }
     [[nodiscard]] std::optional<QString> contextID() const override { return contextID_; }
 
     /// Chooses one of `receivers`, or any other: one that the user typed.
     void choose(const Receiver& receiver);
     [[nodiscard]] QList<Receiver> receivers() const { return world_.receivers(); }
 
+    /// The chosen device.
+    [[nodiscard]] const std::optional<Receiver>& chosen() const { return chosen_; }
     /// The chosen device, where it is one for pictures.
     [[nodiscard]] std::optional<Receiver> television() const;
 

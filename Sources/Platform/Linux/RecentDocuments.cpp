@@ -1,6 +1,8 @@
 #include "Platform/Linux/RecentDocuments.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QMimeDatabase>
 #include <QSaveFile>
 #include <QStandardPaths>
@@ -138,6 +140,8 @@ bool add(const QUrl& file) {
         list = old.readAll();
     }
     const auto changed = with(file, list, QDateTime::currentDateTimeUtc());
+    // A new user has no such folder yet.
+    QDir().mkpath(QFileInfo(path()).path());
     QSaveFile replacement(path());
     if (!changed || !replacement.open(QIODevice::WriteOnly)) return false;
     // What somebody watches is nobody else's business.

@@ -16,8 +16,9 @@ using State = RemotePlayback::State;
 
 namespace {
 
-// Between one attempt to hand a movie over and the next lie two seconds.
-constexpr Clock::Duration lingerTime = 3s;
+// Between one attempt to hand a movie over and the next lie two seconds, and the time that the next player
+// takes to load the file.
+constexpr Clock::Duration lingerTime = 10s;
 
 // Past what RemotePlayback itself allows a television for its answer.
 constexpr Clock::Duration stopPatience = 8s;
@@ -39,6 +40,11 @@ State RemoteOutput::state() const {
     return playback_ ? playback_->state() : State();
 }
 
+bool RemoteOutput::awaitsViewer() const {
+    const Phase phase = state().phase;
+    return begun_ && (phase == Phase::waking || phase == Phase::needsPin || phase == Phase::needsPassword);
+}
+
 bool RemoteOutput::isBegun(const Begun& wanted) const {
     return begun_ && begun_->receiver.identifier == wanted.receiver.identifier &&
            begun_->item.file == wanted.item.file;
@@ -53,6 +59,7 @@ void RemoteOutput::attach(const QObject* user, const Receiver& receiver, const R
         if (now.phase == Phase::dropped) playback_->reattach();
         const double ahead = now.position - item.startPosition;
         if (ahead < -1 || ahead > joinTolerance) seek(item.startPosition);
+        chooseTracks(item.tracks);
         return resume();
     }
     begun_ = wanted;
@@ -83,6 +90,7 @@ void RemoteOutput::play(const Begun& begun) {
     }
     RemotePlayback::Item item = begun.item;
     item.startPosition = state().position;
+    item.tracks = begun_->item.tracks;
     own_.reset();
     playback_->play(begun.receiver, item);
     if (isPaused_) playback_->pause();
@@ -103,6 +111,11 @@ void RemoteOutput::release(const QObject* user, Release release) {
     const Phase phase = state().phase;
     if (isShown(phase) || release == Release::forGood) return leave();
     if (!state().isOver()) lingering_ = clock_.after(lingerTime, [this] { leave(); });
+}
+
+void RemoteOutput::end() {
+    user_ = nullptr;
+    leave();
 }
 
 /// Ends what was begun, wherever it is.
@@ -134,13 +147,17 @@ void RemoteOutput::seek(double seconds) {
         playback_->seek(seconds);
 }
 
+void RemoteOutput::chooseTracks(const TrackChoice& tracks) {
+    begun_->item.tracks = tracks;
+    if (!own_) playback_->chooseTracks(tracks);
+}
+
 void RemoteOutput::finish(std::function<void()> done) {
     finished_ = std::move(done);
     finishing_ = clock_.after(stopPatience, [this] {
         if (const auto tell = std::exchange(finished_, {})) tell();
     });
-    user_ = nullptr;
-    leave();
+    end();
     tellLater();
 }
 

@@ -43,10 +43,17 @@ class RemoteOutput : public QObject {
     void release(const QObject* user, Release release);
     [[nodiscard]] bool isUsedBy(const QObject* user) const { return user_ == user; }
 
+    /// What was begun waits for the viewer's code or password, or for the television to wake.
+    [[nodiscard]] bool awaitsViewer() const;
+    /// Ends what was begun, whoever uses it: nobody will go on with it.
+    void end();
+
     void pause();
     void resume();
     /// Seconds.
     void seek(double seconds);
+    /// Takes part in the first start where that is still to come, else as of `RemotePlayback`.
+    void chooseTracks(const TrackChoice& tracks);
 
     [[nodiscard]] RemotePlayback::State state() const;
 

@@ -2,6 +2,7 @@
 
 #include "Sender/Discovery/AvahiObject.h"
 
+#include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusError>
 #include <QDBusMessage>
@@ -37,13 +38,19 @@ constexpr qsizetype addressLimit = 16;
 constexpr auto busRetryDelay = 10s;
 constexpr auto daemonRetryDelay = 5s;
 
-const QString noBusReason =
-    u"Televisions are not found by themselves, because this computer's message bus (D-Bus) cannot be "
-    u"reached. "
-    "A television's address can be typed instead."_s;
-const QString noDaemonReason =
-    u"Televisions are not found by themselves, because the service Avahi (the package avahi-daemon) is not "
-    "running. A television's address can be typed instead."_s;
+QString noBusReason() {
+    return QCoreApplication::translate(
+        "Televisions",
+        "Televisions are not found by themselves, because this computer's message bus (D-Bus) cannot be "
+        "reached. A television's address can be typed instead.");
+}
+
+QString noDaemonReason() {
+    return QCoreApplication::translate(
+        "Televisions",
+        "Televisions are not found by themselves, because the service Avahi (the package avahi-daemon) is "
+        "not running. A television's address can be typed instead.");
+}
 
 bool hasSignature(const QDBusMessage& message, QLatin1StringView signature) {
     return message.signature() == signature;
@@ -121,7 +128,7 @@ void AvahiBrowser::closeBus() {
 
 void AvahiBrowser::busGone() {
     closeBus();
-    forgetAll(noBusReason);
+    forgetAll(noBusReason());
     retry_ = clock_.after(busRetryDelay, [this] { openBus(); });
 }
 
@@ -145,7 +152,7 @@ void AvahiBrowser::watchDaemon() {
     daemonWatcher_ = std::make_unique<QDBusServiceWatcher>(Avahi::service, bus_);
     connect(daemonWatcher_.get(), &QDBusServiceWatcher::serviceRegistered, this, &AvahiBrowser::browse);
     connect(daemonWatcher_.get(), &QDBusServiceWatcher::serviceUnregistered, this,
-            [this] { forgetAll(noDaemonReason); });
+            [this] { forgetAll(noDaemonReason()); });
 }
 
 void AvahiBrowser::browse() {
@@ -157,10 +164,12 @@ void AvahiBrowser::browse() {
 }
 
 void AvahiBrowser::refused(const QDBusError& error) {
-    if (isAbsence(error)) return forgetAll(noDaemonReason);
-    forgetAll(
-        u"Televisions are not found by themselves, because the service Avahi refuses to look for them (%1). "
-        "A television's address can be typed instead."_s.arg(shownText(error.message())));
+    if (isAbsence(error)) return forgetAll(noDaemonReason());
+    forgetAll(QCoreApplication::translate(
+                  "Televisions",
+                  "Televisions are not found by themselves, because the service Avahi refuses to look "
+                  "for them (%1). A television's address can be typed instead.")
+                  .arg(shownText(error.message())));
     retry_ = clock_.after(daemonRetryDelay, [this] { browse(); });
 }
 

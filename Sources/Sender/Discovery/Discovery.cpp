@@ -2,7 +2,9 @@
 
 #include "Diagnostics/Log.h"
 #include "Sender/Discovery/AvahiBrowser.h"
+#include "Sender/Discovery/Naming.h"
 
+#include <QCoreApplication>
 #include <QHostInfo>
 #include <QPointer>
 
@@ -15,6 +17,11 @@ using namespace std::chrono_literals;
 namespace velmora {
 
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Televisions)
+};
 
 /// A receiver comes as a dozen messages: each interface, protocol and address by itself.
 constexpr auto settlingTime = 150ms;
@@ -47,7 +54,7 @@ QCoro::Task<Result> lookUp(Clock& clock, Receiver receiver, Clock::Duration dead
     receiver.addresses = Addresses::inOrder(lookup.answer().value_or(QList<QHostAddress>()), true);
     if (receiver.addresses.isEmpty())
         co_return std::unexpected(
-            u"There is no computer or television named “%1” on the network."_s.arg(receiver.host));
+            Texts::tr("There is no computer or television named “%1” on the network.").arg(receiver.host));
     receiver.address = receiver.addresses.first();
     co_return receiver;
 }
@@ -63,15 +70,16 @@ QList<Receiver> named(const QList<Receiver>& receivers, const QString& text) {
     if (const auto exact = withIdentifier(receivers, text)) return {*exact};
     QList<Receiver> matching;
     for (const Receiver& receiver : receivers)
-        if (receiver.name.compare(text, Qt::CaseInsensitive) == 0) matching.append(receiver);
+        if (Naming::isCalled(receiver, text)) matching.append(receiver);
     return matching;
 }
 
 Result onlyOne(const QList<Receiver>& matching, const QString& text, const QString& reason) {
     if (matching.size() == 1) return matching.first();
     if (!matching.isEmpty())
-        return std::unexpected(u"Several televisions are named “%1”. Say which by its address."_s.arg(text));
-    const QString failure = u"No television named “%1” was found."_s.arg(text);
+        return std::unexpected(
+            Texts::tr("Several televisions are named “%1”. Say which by its address.").arg(text));
+    const QString failure = Texts::tr("No television named “%1” was found.").arg(text);
     return std::unexpected(reason.isEmpty() ? failure : failure + u' ' + reason);
 }
 
@@ -131,7 +139,7 @@ QCoro::Task<Result> Discovery::resolve(Receiver receiver, Clock::Duration deadli
     }
     // It may answer where it was last, even if nobody announces it now.
     if (!receiver.address.isNull()) co_return receiver;
-    co_return std::unexpected(u"%1 was not found on the network."_s.arg(receiver.name));
+    co_return std::unexpected(Texts::tr("%1 was not found on the network.").arg(receiver.name));
 }
 
 QCoro::Task<Result> Discovery::find(QString nameOrIdentifier, Clock::Duration deadline) {

@@ -1,5 +1,7 @@
 #include "Sender/Discovery/Flavour.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -7,6 +9,11 @@ using namespace Qt::StringLiterals;
 namespace velmora {
 
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Televisions)
+};
 
 using enum TxtRecord::Feature;
 
@@ -160,17 +167,18 @@ Course Course::decide(const Receiver& receiver, const Secrets& secrets, const An
                       const std::optional<Capability>& worked) {
     if (answers.accepted_) return {};
     if (const auto takes = receiver.takesVideo(); !takes)
-        return {.explanation = u"%1 %2."_s.arg(receiver.name, takes.error())};
+        return {.explanation = Texts::tr("%1 %2.").arg(receiver.name, takes.error())};
     if (answers.busy_)
-        return {.explanation =
-                    u"%1 is busy with something else. Stop that first, then try again."_s.arg(receiver.name)};
+        return {.explanation = Texts::tr("%1 is busy with something else. Stop that first, then try again.")
+                                   .arg(receiver.name)};
 
     const auto& record = receiver.announced;
     const bool hasPairing = secrets.pairing && !answers.secretsRefused_;
     if (answers.restricted_ || (record && speaksEncrypted(*record) && isRestricted(*record) && !hasPairing))
         return {.explanation =
-                    u"%1 only lets people of its own home in. In its AirPlay settings, set “Allow Access” "
-                    "to “Anyone on the Same Network” or “Everyone”, then try again."_s.arg(receiver.name)};
+                    Texts::tr("%1 only lets people of its own home in. In its AirPlay settings, set “Allow "
+                              "Access” to “Anyone on the Same Network” or “Everyone”, then try again.")
+                        .arg(receiver.name)};
 
     Course course;
     const QList<Flavour> flavours = record ? flavoursFor(*record, hasPairing, answers.asksPairing_)

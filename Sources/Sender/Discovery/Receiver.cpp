@@ -1,5 +1,6 @@
 #include "Sender/Receiver.h"
 
+#include <QCoreApplication>
 #include <QRegularExpression>
 #include <QUrl>
 
@@ -10,6 +11,11 @@ using namespace Qt::StringLiterals;
 namespace velmora {
 
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Televisions)
+};
 
 struct HostAndPort {
     QString host;
@@ -60,7 +66,8 @@ QHostAddress literalFrom(const QString& text) {
 std::expected<Receiver, QString> Receiver::fromText(const QString& text) {
     const auto [host, portText] = splitPort(text.trimmed());
     const std::optional<quint16> port = portFrom(portText);
-    if (!port) return std::unexpected(u"“%1” names no port between 1 and 65535."_s.arg(shownText(text)));
+    if (!port)
+        return std::unexpected(Texts::tr("“%1” names no port between 1 and 65535.").arg(shownText(text)));
 
     Receiver receiver{.port = *port};
     receiver.address = literalFrom(host);
@@ -69,7 +76,8 @@ std::expected<Receiver, QString> Receiver::fromText(const QString& text) {
         receiver.host = shown = hostNameFrom(host);
         if (shown.isEmpty())
             return std::unexpected(
-                u"“%1” is no address. It is written HOST, HOST:PORT or [IPv6]:PORT."_s.arg(shownText(text)));
+                Texts::tr("“%1” is no address. It is written HOST, HOST:PORT or [IPv6]:PORT.")
+                    .arg(shownText(text)));
     } else {
         receiver.addresses = {receiver.address};
     }
@@ -87,14 +95,15 @@ bool Receiver::isTyped() const {
 std::expected<void, QString> Receiver::takesVideo() const {
     using enum TxtRecord::Feature;
     if (!announced) return {};
-    if (!announced->features) return std::unexpected(u"does not say what it can play"_s);
+    if (!announced->features) return std::unexpected(Texts::tr("does not say what it can play"));
     if (!announced->has(video) && !announced->has(videoQueue)) {
-        if (announced->has(mirroring)) return std::unexpected(u"takes screen mirroring only"_s);
-        if (announced->has(sound)) return std::unexpected(u"plays sound only"_s);
-        return std::unexpected(u"does not play movies"_s);
+        if (announced->has(mirroring)) return std::unexpected(Texts::tr("takes screen mirroring only"));
+        if (announced->has(sound)) return std::unexpected(Texts::tr("plays sound only"));
+        return std::unexpected(Texts::tr("does not play movies"));
     }
     if (!addresses.isEmpty() && std::ranges::none_of(addresses, Addresses::carriesMedia))
-        return std::unexpected(u"has only a link-local IPv6 address, over which it cannot fetch a movie"_s);
+        return std::unexpected(
+            Texts::tr("has only a link-local IPv6 address, over which it cannot fetch a movie"));
     return {};
 }
 

@@ -1,10 +1,15 @@
 #include "Sender/Pairing/PairingError.h"
 
-#include <array>
+#include <QCoreApplication>
 
 namespace velmora {
 
 namespace {
+
+/// The texts of this file, for translators.
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(Pairing)
+};
 
 using Kind = PairingError::Kind;
 
@@ -28,25 +33,22 @@ Kind meaningOfDenial(PairingStage stage) {
 
 /// "45 seconds", "12 minutes", "3 hours": never shorter than the time itself.
 QString inWords(std::chrono::seconds duration) {
-    struct Unit {
-        std::chrono::seconds length;
-        QString name;
+    const auto count = [duration](std::chrono::seconds unit) {
+        return static_cast<int>((duration + unit - std::chrono::seconds(1)) / unit);
     };
-    const std::array units{Unit{std::chrono::hours(1), QStringLiteral("hour")},
-                           Unit{std::chrono::minutes(1), QStringLiteral("minute")},
-                           Unit{std::chrono::seconds(1), QStringLiteral("second")}};
-    for (const auto& [length, name] : units) {
-        if (duration < 2 * length && length.count() > 1) continue;
-        const auto count = (duration + length - std::chrono::seconds(1)) / length;
-        return QStringLiteral("%1 %2%3").arg(count).arg(name, count == 1 ? QString() : QStringLiteral("s"));
-    }
-    return {};
+    constexpr std::chrono::seconds hour = std::chrono::hours(1);
+    constexpr std::chrono::seconds minute = std::chrono::minutes(1);
+    if (duration >= 2 * hour) return Texts::tr("%n hours", nullptr, count(hour));
+    if (duration >= 2 * minute) return Texts::tr("%n minutes", nullptr, count(minute));
+    if (duration > std::chrono::seconds(1))
+        return Texts::tr("%n seconds", nullptr, count(std::chrono::seconds(1)));
+    return Texts::tr("1 second");
 }
 
 QString waitText(std::chrono::seconds wait) {
     if (wait <= std::chrono::seconds::zero())
-        return QStringLiteral("The television wants a pause before the next try. Wait a few minutes.");
-    return QStringLiteral("The television wants a pause before the next try. Wait %1, then try again.")
+        return Texts::tr("The television wants a pause before the next try. Wait a few minutes.");
+    return Texts::tr("The television wants a pause before the next try. Wait %1, then try again.")
         .arg(inWords(wait));
 }
 
@@ -78,43 +80,40 @@ std::optional<PairingError> pairingErrorFromStatus(int status, PairingStage stag
 QString explanation(const PairingError& error) {
     switch (error.kind) {
         case Kind::wrongPin:
-            return QStringLiteral(
+            return Texts::tr(
                 "That was not the code the television expected. Try again with the code it shows then.");
         case Kind::wait:
             return waitText(error.wait);
         case Kind::tooManyTries:
-            return QStringLiteral(
-                "The television has seen too many wrong codes. Restart it, then try again.");
+            return Texts::tr("The television has seen too many wrong codes. Restart it, then try again.");
         case Kind::tooManyPeers:
-            return QStringLiteral(
+            return Texts::tr(
                 "The television cannot remember any more devices. Remove one in its AirPlay settings, then "
-                "try "
-                "again.");
+                "try again.");
         case Kind::accessRestricted:
-            return QStringLiteral(
+            return Texts::tr(
                 "The television lets only members of its home play. In its AirPlay settings, under \"Allow "
                 "Access\", choose \"Everyone\" or \"Anyone on the Same Network\".");
         case Kind::busy:
-            return QStringLiteral("The television is busy with another device. Stop that, then try again.");
+            return Texts::tr("The television is busy with another device. Stop that, then try again.");
         case Kind::unavailable:
-            return QStringLiteral(
+            return Texts::tr(
                 "The television does not take new devices now. Close what is open in its AirPlay settings, "
-                "then "
-                "try again.");
+                "then try again.");
         case Kind::pinNeeded:
-            return QStringLiteral("The television wants a code before it plays.");
+            return Texts::tr("The television wants a code before it plays.");
         case Kind::forgotten:
-            return QStringLiteral(
+            return Texts::tr(
                 "The television does not know this computer any more. Pair it again with a new code.");
         case Kind::untrusted:
-            return QStringLiteral(
+            return Texts::tr(
                 "The television could not prove that it is the one you paired. If you reset or replaced it, "
                 "forget it here and pair again.");
         case Kind::malformed:
-            return QStringLiteral(
+            return Texts::tr(
                 "The television answered in a way that makes no sense. Restart it, then try again.");
         case Kind::refused:
-            return QStringLiteral(
+            return Texts::tr(
                 "The television refused to pair and gave no reason. Try once more; if that does not help, "
                 "restart it.");
     }

@@ -20,7 +20,8 @@ QStringList enabled(const CommandContext& context) {
 }
 
 TEST(Commands, AreEnabledAsTheSessionIs) {
-    const QStringList always{u"New Window Ctrl+N"_s, u"Open Movie… Ctrl+O"_s, u"Quit Ctrl+Q"_s};
+    const QStringList always{u"New Window Ctrl+N"_s, u"Open Movie… Ctrl+O"_s, u"Open Folder… Ctrl+Shift+O"_s,
+                             u"Quit Ctrl+Q"_s};
     EXPECT_EQ(enabled({}), always) << "no window has the focus";
 
     Story story;

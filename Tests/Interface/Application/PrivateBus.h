@@ -1,7 +1,6 @@
 #pragma once
 
-#include <QProcess>
-#include <QString>
+#include "Support/MessageBus.h"
 
 namespace velmora::test {
 
@@ -10,18 +9,11 @@ namespace velmora::test {
 class PrivateBus {
   public:
     PrivateBus() {
-        daemon_.start(QStringLiteral("dbus-daemon"),
-                      {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
-                       QStringLiteral("--print-address")});
-        if (!daemon_.waitForReadyRead(5000)) return;
-        qputenv("DBUS_SESSION_BUS_ADDRESS", daemon_.readLine().trimmed());
+        if (bus_.address().isEmpty()) return;
+        qputenv("DBUS_SESSION_BUS_ADDRESS", bus_.address().toUtf8());
         isRunning() = true;
     }
-    ~PrivateBus() {
-        isRunning() = false;
-        daemon_.kill();
-        daemon_.waitForFinished();
-    }
+    ~PrivateBus() { isRunning() = false; }
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
 
@@ -32,7 +24,7 @@ class PrivateBus {
     }
 
   private:
-    QProcess daemon_;
+    MessageBus bus_;
 };
 
 }  // namespace velmora::test

@@ -7,6 +7,7 @@
 #include <QDBusVariant>
 #include <QGuiApplication>
 #include <QTest>
+#include <QTimer>
 
 namespace velmora::test {
 namespace {
@@ -28,6 +29,7 @@ class NoTelevisions : public Televisions {
     [[nodiscard]] std::optional<TelevisionQuestion> question() const override { return {}; }
     void answer(const QString& /*secret*/) override {}
     void dismiss() override {}
+    [[nodiscard]] QString outcome() const override { return {}; }
 };
 
 /// The application over a scripted system.
@@ -39,13 +41,18 @@ class Windows : public testing::Test, public ApplicationWorld {
         NoTelevisions none;
         [[nodiscard]] OutputContext* outputContext() override { return &context; }
         [[nodiscard]] Televisions& televisions() override { return none; }
-        void finish(std::function<void()> done) override { done(); }
+        bool answers = true;
+        void finish(std::function<void()> done) override {
+            if (answers) done();
+        }
     };
+    bool televisionsAnswer = true;
 
     [[nodiscard]] World& world() override { return story.world; }
     [[nodiscard]] std::unique_ptr<WindowWorld> makeWindowWorld() override {
         auto window = std::make_unique<OneWindow>();
         window->context.device = story.context.device;
+        window->answers = televisionsAnswer;
         return window;
     }
     [[nodiscard]] std::unique_ptr<QQuickItem> makeLivePicture(Player& /*player*/) override { return {}; }
@@ -121,6 +128,22 @@ TEST_F(Windows, GoesOnWithoutWindows) {
     EXPECT_EQ(titles(), QStringList{u"Film"_s});
     press(window(0), Qt::Key_Q, Qt::ControlModifier);
     EXPECT_TRUE(app.windows().empty());
+}
+
+TEST_F(Windows, QuittingWaitsForATelevisionUntilItIsAskedForAgain) {
+    televisionsAnswer = false;
+    app.take({open, {story.movie}});
+    const int synchronized = story.preferences.synchronized;
+    QTimer::singleShot(0, &app, [this] { app.run(Command::quit, nullptr); });
+    QTimer::singleShot(300, &app, [&] {
+        EXPECT_TRUE(app.windows().empty()) << "no longer in the way";
+        EXPECT_GT(story.preferences.synchronized, synchronized) << "the place is safe, whatever comes";
+        app.take({open, {story.movie}});
+        EXPECT_TRUE(app.windows().empty());
+        app.take({LaunchRequest::Action::quit});
+    });
+    QTimer::singleShot(5000, &app, [] { QCoreApplication::exit(1); });
+    EXPECT_EQ(QCoreApplication::exec(), 0);
 }
 
 TEST_F(Windows, KeysAreCommandsOfTheWindowInFront) {

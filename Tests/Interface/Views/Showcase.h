@@ -37,6 +37,7 @@ class ScriptedTelevisions : public Televisions {
         ++timesDismissed;
         ask(std::nullopt);
     }
+    [[nodiscard]] QString outcome() const override { return {}; }
 
     void show(const QList<Television>& televisions) {
         all = televisions;

@@ -2,6 +2,7 @@
 
 #include "Diagnostics/Log.h"
 
+#include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -40,7 +41,7 @@ Notifications::Notifications(QDBusConnection bus, QObject* parent) : QObject(par
 void Notifications::show(const QString& summary, const QString& body, Pressed pressed) {
     if (!bus_.isConnected()) return;
     QDBusMessage message = QDBusMessage::createMethodCall(serviceName, objectPath, serviceName, u"Notify"_s);
-    const QStringList actions{pressAction, u"Show"_s};
+    const QStringList actions{pressAction, QCoreApplication::translate("Notifications", "Show")};
     const QVariantMap hints{{u"desktop-entry"_s, u"com.quillet.velmora"_s},
                             {u"category"_s, u"transfer.complete"_s}};
     message << u"Velmora"_s << replacesNone << u"com.quillet.velmora"_s << summary << plain(body) << actions

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "Platform/Linux/SignalPipe.h"
+
 #include <QObject>
-#include <QSocketNotifier>
 
 namespace velmora {
 
 /// The signals by which a session that ends, or a terminal, asks a program to end, brought to the event loop,
-/// so that the television is told. Main thread; one object a process, and it stays until the process ends.
+/// so that the television is told. The second one ends the program at once. Main thread; one object a
+/// process, and it stays until the process ends.
 class EndRequests : public QObject {
     Q_OBJECT
 
@@ -17,9 +19,7 @@ class EndRequests : public QObject {
     void requested();
 
   private:
-    void deliver();
-
-    QSocketNotifier arrived_;
+    SignalPipe signals_;
 };
 
 }  // namespace velmora

@@ -16,6 +16,7 @@ constexpr double rounding = 1.5;  // what a box of the picture's ratio may diffe
 }  // namespace
 
 LivePicture::LivePicture(MpvPlayer& player, OpenGl openGl) : player_(&player), openGl_(openGl) {
+    connect(&player, &MpvPlayer::started, this, &LivePicture::choosePainter);
     connect(&player, &MpvPlayer::ready, this, &LivePicture::measure);
 }
 
@@ -25,7 +26,7 @@ void LivePicture::itemChange(ItemChange change, const ItemChangeData& value) {
     painter_.reset();
     if (!value.window) return;
     // What a window is drawn with is settled when it is first shown.
-    if (value.window->isSceneGraphInitialized()) return choosePainter();
+    choosePainter();
     connect(value.window, &QQuickWindow::sceneGraphInitialized, this, &LivePicture::choosePainter,
             Qt::QueuedConnection);
 }
@@ -36,7 +37,8 @@ void LivePicture::geometryChange(const QRectF& now, const QRectF& before) {
 }
 
 void LivePicture::choosePainter() {
-    if (painter_ || !player_ || !player_->handle() || !window()) return;
+    if (painter_ || !player_ || !player_->handle() || !window() || !window()->isSceneGraphInitialized())
+        return;
     if (window()->rendererInterface()->graphicsApi() != QSGRendererInterface::OpenGL) return useMemory();
     takePainter(LivePainter::withOpenGl(player_->handle(),
                                         {.begins = LivePainter::later(this, &LivePicture::takeFirstPicture),

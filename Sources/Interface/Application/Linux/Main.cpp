@@ -4,6 +4,7 @@
 #include "Interface/Application/LaunchOptions.h"
 #include "Interface/Application/Linux/EndRequests.h"
 #include "Interface/Application/Linux/LinuxWorld.h"
+#include "Interface/Translations/Translation.h"
 #include "Interface/Application/VelmoraApp.h"
 #include "Interface/Updater/HttpsUpdateSource.h"
 #include "Interface/Updater/Installation.h"
@@ -12,6 +13,7 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QIcon>
+#include <QLocale>
 #include <QQuickWindow>
 
 #include <clocale>
@@ -104,9 +106,10 @@ int main(int argc, char** argv) {
     QGuiApplication::setDesktopFileName(u"com.quillet.velmora"_s);
     // What the movie's pictures can be drawn with; without it, Qt and they go on on the processor.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL);
-    const QGuiApplication application(argc, argv);
+    QGuiApplication application(argc, argv);
     // The media player reads and writes numbers as the C locale does.
     std::setlocale(LC_NUMERIC, "C");
+    speak(application, QLocale().uiLanguages(), u":/translations"_s);
     QGuiApplication::setApplicationName(u"velmora"_s);
     QGuiApplication::setApplicationDisplayName(u"Velmora"_s);
     QGuiApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));

@@ -5,6 +5,7 @@
 #include "Sender/RemotePlayback.h"
 #include "System/Clock.h"
 
+#include <QHash>
 #include <QList>
 
 namespace velmora {
@@ -30,11 +31,15 @@ class NetworkTelevisions : public Televisions {
     [[nodiscard]] std::optional<TelevisionQuestion> question() const override { return question_; }
     void answer(const QString& secret) override;
     void dismiss() override;
+    [[nodiscard]] QString outcome() const override { return outcome_; }
 
   private:
     [[nodiscard]] Television describe(const Receiver& receiver, const QList<Receiver>& known) const;
     void follow();
-    [[nodiscard]] std::optional<TelevisionQuestion> questionNow() const;
+    void followQuestion();
+    void keepQuestion(Clock::Duration untilAnswered);
+    void followOutcome();
+    [[nodiscard]] std::optional<TelevisionQuestion> questionNow();
 
     Clock& clock_;
     Discovery& discovery_;
@@ -43,6 +48,10 @@ class NetworkTelevisions : public Televisions {
     RemotePlayback::Phase phase_ = RemotePlayback::Phase::idle;
     std::optional<TelevisionQuestion> question_;
     bool hasAnswered_ = false;  ///< the question that is put again follows a wrong answer
+    bool isKept_ = false;       ///< the question stays until the television has said what it thinks
+    Clock::Timer keeping_;
+    QString outcome_;
+    QHash<QString, Clock::Instant> nextTries_;  ///< by identifier: no code is taken before
 };
 
 }  // namespace velmora

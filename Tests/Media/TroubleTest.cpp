@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <future>
 #include <thread>
 
 namespace velmora {
@@ -32,15 +31,9 @@ bool eventually(const std::function<bool()>& holds) {
 
 class Trouble : public test::MoviesTest {
   protected:
-    Outcome prepare(const QString& movie, bool force = false, const std::stop_token& stop = {}) {
-        return Preparer().prepare(
-            QUrl::fromLocalFile(movie), force,
-            [this](const Preparer::Update& update) {
-                if (update.progress > 0.0) isConverting_ = true;
-            },
-            stop);
+    static Outcome prepare(const QString& movie) {
+        return Preparer().prepare(QUrl::fromLocalFile(movie), false, [](const Preparer::Update&) {});
     }
-
     static std::expected<void, PrepareError> convert(const QUrl& movie, const Plan& plan,
                                                      const PartialFile& partial) {
         const Preparer::UpdateCallback ignore = [](const Preparer::Update&) {};
@@ -58,17 +51,6 @@ class Trouble : public test::MoviesTest {
         EXPECT_EQ(test::contentOf(path(u'.' + prepared + u".velmora"_s)), "of another day");
     }
 
-    /// Starts a conversion that takes far longer than any test, and returns when it is under way.
-    std::future<Outcome> startLongOne(const std::stop_token& stop = {}) {
-        add(u"long.mkv"_s, u"Long.mkv"_s);
-        addOlder(u"Long.mp4"_s);
-        auto outcome =
-            std::async(std::launch::async, [=, this] { return prepare(path(u"Long.mkv"_s), true, stop); });
-        EXPECT_TRUE(eventually([this] { return isConverting_.load(); }));
-        return outcome;
-    }
-
-    std::atomic<bool> isConverting_ = false;
 };
 
 TEST_F(Trouble, BrokenFilesAreRefused) {
@@ -110,27 +92,6 @@ TEST_F(Trouble, WithoutPermissionNothingIsRead) {
     if (isRoot) becomeUser(0);
     ASSERT_FALSE(outcome);
     EXPECT_EQ(outcome.error().which, Case::unreadable);
-}
-
-TEST_F(Trouble, FfmpegKilledFromOutside) {
-    std::future<Outcome> outcome = startLongOne();
-    const QList<pid_t> children = test::childrenOf(::getpid());
-    ASSERT_EQ(children.size(), 1);
-    ::kill(children.first(), SIGKILL);
-    const Outcome result = outcome.get();
-    ASSERT_FALSE(result);
-    EXPECT_EQ(result.error().errorDescription(), u"ffmpeg couldn't convert the file."_s);
-    expectOlderUntouched(u"Long.mkv"_s, u"Long.mp4"_s);
-}
-
-TEST_F(Trouble, StopIsPromptAndLeavesNothing) {
-    std::stop_source stop;
-    std::future<Outcome> outcome = startLongOne(stop.get_token());
-    stop.request_stop();
-    ASSERT_EQ(outcome.wait_for(5s), std::future_status::ready);
-    EXPECT_EQ(outcome.get().error().which, Case::cancelled);
-    EXPECT_EQ(test::childrenOf(::getpid()), QList<pid_t>());
-    expectOlderUntouched(u"Long.mkv"_s, u"Long.mp4"_s);
 }
 
 TEST_F(Trouble, IndexThatNeedsMoreRoomThanReserved) {

@@ -6,6 +6,7 @@
 #include "Sender/ScriptedControl.h"
 
 #include <gmock/gmock.h>
+#include <malloc.h>
 
 namespace velmora {
 namespace {
@@ -216,6 +217,24 @@ TEST_F(LinuxPlayerTest, ADropKeepsThePositionAndTheContextAttachesAgain) {
     EXPECT_TRUE(player->isExternalPlaybackActive());
     EXPECT_EQ(player->timeControlStatus(), Status::paused);
     EXPECT_EQ(tv().verbs.last(), u"rate 0"_s);
+}
+
+TEST_F(LinuxPlayerTest, TakesNoMoreMemoryTheLongerTheTelevisionPlays) {
+    playThere(0);
+    int ticks = 0;
+    const auto observation = player->observeTime(500ms, [&](std::optional<double>) { ++ticks; });
+    const auto watchAgain = [this](int times) {
+        for (int time = 0; time < times; ++time) {
+            clock.advance(90s);
+            player->seek(0, exactly, {});
+        }
+        const struct mallinfo2 heap = mallinfo2();
+        return heap.uordblks + heap.hblkhd;
+    };
+    const size_t before = watchAgain(4);
+    EXPECT_LT(watchAgain(120), before + size_t{64} * 1024) << "in three hours";
+    EXPECT_EQ(player->timeControlStatus(), Status::playing);
+    EXPECT_GT(ticks, 6 * 3600);
 }
 
 TEST_F(LinuxPlayerTest, TheEndThereIsTheEndOfTheItem) {

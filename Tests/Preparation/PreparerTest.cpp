@@ -229,6 +229,8 @@ TEST_F(PreparerTest, FailuresLeaveTheOlderFileAlone) {
 }
 
 TEST_F(PreparerTest, StopsPromptlyAndCleansUp) {
+    ASSERT_TRUE(prepare());
+    write(movie_, "another movie");
     ffmpegDoes("printf half >\"$output\"; echo out_time_us=1000000; exec sleep 60");
     for (const QString& stage : {u"Looking"_s, u"Repacking"_s, u"0.01 Repacking"_s}) {
         stop_ = std::stop_source();
@@ -238,7 +240,8 @@ TEST_F(PreparerTest, StopsPromptlyAndCleansUp) {
         const auto result = prepare();
         ASSERT_FALSE(result);
         EXPECT_EQ(result.error().which, Case::cancelled);
-        EXPECT_EQ(files(), QStringList{u"Movie.mkv"_s}) << qPrintable(stage);
+        EXPECT_EQ(files(), whenDone_) << qPrintable(stage);
+        EXPECT_EQ(read(prepared_), "prepared") << qPrintable(stage);
     }
 }
 

@@ -197,16 +197,29 @@ TEST_F(AccessTest, FindsTheWayInByAnswersAlone) {
 }
 
 TEST_F(AccessTest, TellsAWrongPasswordAndEndsWhenAsked) {
-    Television television(clock_, {.flavour = Tv::password, .password = u"secret"_s});
-    ASSERT_TRUE(television.listen());
+    TelevisionOptions options{.flavour = Tv::password, .password = u"secret"_s};
+    auto television = std::make_unique<Television>(clock_, options);
+    ASSERT_TRUE(television->listen());
     Window window(clock_, *server_, memory());
-    start(window, television);
+    start(window, *television);
     ASSERT_TRUE(window.reaches(Phase::needsPassword));
     window.playback.supply(u"guess"_s);
     ASSERT_TRUE(waitFor([&] { return window.phase() != Phase::needsPassword; }));
     ASSERT_TRUE(window.reaches(Phase::needsPassword));
     EXPECT_EQ(window.playback.state().reason, PlaybackFailure::wrongPassword());
     EXPECT_TRUE(secrets_.values.isEmpty());
+    ASSERT_TRUE(plays(window, {}, u"secret"_s));
+    window.playback.stop();
+    ASSERT_TRUE(window.reaches(Phase::stopped));
+
+    options.port = television->receiver().port;
+    options.password = u"another"_s;
+    television.reset();
+    television = std::make_unique<Television>(clock_, options);
+    ASSERT_TRUE(television->listen());
+    start(window, *television);
+    ASSERT_TRUE(window.reaches(Phase::needsPassword));
+    EXPECT_TRUE(secrets_.values.isEmpty()) << "the old one is of no more use";
     window.playback.stop();
     EXPECT_TRUE(window.reaches(Phase::stopped));
 }

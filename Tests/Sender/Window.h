@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sender/Boxes.h"
 #include "Sender/CredentialStore.h"
 #include "Sender/MediaServer.h"
 #include "Sender/RemotePlayback.h"
@@ -31,14 +32,9 @@ inline bool waitFor(const auto& condition, int realSeconds = 20) {
     return condition();
 }
 
-inline QByteArray box(const char* type, const QByteArray& payload) {
-    QByteArray size(4, '\0');
-    qToBigEndian(quint32(payload.size() + 8), size.data());
-    return size + type + payload;
-}
-
 /// The frame of a movie: what a television needs to know how long it is.
 inline QByteArray movie(bool indexFirst) {
+    using Boxes::box;
     QByteArray header(100, '\0');
     qToBigEndian(quint32(1000), header.data() + 12);
     qToBigEndian(quint32(movieSeconds * 1000), header.data() + 16);
@@ -67,6 +63,34 @@ class Window {
 
     RemotePlayback playback;
     std::vector<Phase> phases;
+};
+
+/// One window and its television, whose PIN is typed as soon as it is shown.
+class Pair {
+  public:
+    using Phase = RemotePlayback::Phase;
+
+    Pair(Clock& clock, MediaServer& server, const TelevisionOptions& options)
+        : television(clock, options), window(std::make_unique<Window>(clock, server)) {
+        EXPECT_TRUE(television.listen());
+        QObject::connect(&playback, &RemotePlayback::stateChanged, [this] {
+            if (playback.state().phase == Phase::needsPin) playback.supply(television.pin());
+        });
+    }
+    [[nodiscard]] Phase phase() const { return window->phase(); }
+    [[nodiscard]] double shown() { return television.player().position(); }
+    [[nodiscard]] bool isPlayingBehind(double seconds) {
+        return phase() == Phase::playing && television.showsPicture() && shown() > seconds;
+    }
+    [[nodiscard]] std::string story() const {
+        const QString reason = window ? playback.state().reason : QString();
+        const QString complaints = television.complaints().join(QStringLiteral("; "));
+        return (reason + QStringLiteral(" | ") + complaints).toStdString();
+    }
+
+    Television television;
+    std::unique_ptr<Window> window;
+    RemotePlayback& playback = window->playback;
 };
 
 /// Time that runs faster than it does for a viewer, and movies to play in it.

@@ -15,6 +15,11 @@ class SimulatedPlayer;
 /// Answers one request, now or later; does nothing when its connection is gone.
 using Reply = std::function<void(const Response&)>;
 
+/// In a request's stead: a status to answer it with, or one of these.
+constexpr int silence = 0;
+constexpr int hangUp = -1;
+using Interference = std::function<std::optional<int>(const Request& request)>;
+
 /// What the parts of one television share.
 struct Context {
     Clock& clock;
@@ -22,6 +27,8 @@ struct Context {
     SimulatedPlayer& player;
     std::function<void(const QString&)> complain;  ///< about what a sender did wrong
     std::function<void(const QString&)> say;       ///< to whoever watches
+
+    Interference interfere{};  ///< null: nobody does
 
     int remotes = 0;          ///< open sessions for remote control only
     bool headless = false;    ///< it plays, and nothing is on the screen

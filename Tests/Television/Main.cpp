@@ -19,49 +19,45 @@ namespace {
 
 constexpr int usageError = 2;
 
-const QCommandLineOption nameOption(u"name"_s, u"What it is called."_s, u"NAME"_s, u"Television"_s);
-const QCommandLineOption addressOption(u"address"_s, u"The address to listen on (127.0.0.1)."_s, u"ADDRESS"_s,
-                                       u"127.0.0.1"_s);
-const QCommandLineOption portOption(u"port"_s, u"The port to listen on (any that is free)."_s, u"PORT"_s,
-                                    u"0"_s);
-const QCommandLineOption misbehaveOption(u"misbehave"_s, u"Get something wrong; may be repeated."_s,
-                                         u"KIND"_s);
-const QCommandLineOption flavourOption(
-    u"flavour"_s, u"plain, password, legacy-keys, legacy-pin, transient or paired (plain)."_s, u"FLAVOUR"_s,
-    u"plain"_s);
-const QCommandLineOption handoverOption(
-    u"handover"_s, u"How it takes movies in an encrypted session: play or queue (play)."_s, u"HANDOVER"_s,
-    u"play"_s);
-const QCommandLineOption pinOption(u"pin"_s, u"The PIN that it shows (1234)."_s, u"PIN"_s, u"1234"_s);
-const QCommandLineOption passwordOption(u"password"_s, u"Ask for this password."_s, u"PASSWORD"_s);
-const QCommandLineOption modelOption(u"model"_s, u"Its model, such as AppleTV14,1."_s, u"MODEL"_s);
-const QCommandLineOption versionOption(u"os-version"_s, u"The version of its system."_s, u"VERSION"_s);
-const QCommandLineOption publishOption(u"publish"_s, u"Announce it on the network, through Avahi."_s);
-const QCommandLineOption busOption(u"bus"_s, u"The message bus with Avahi on it (the system's)."_s,
-                                   u"ADDRESS"_s);
-const QCommandLineOption durationOption(u"duration"_s, u"End after so many seconds."_s, u"SECONDS"_s, u"0"_s);
+const QList<QCommandLineOption> commandLine{
+    {u"name"_s, u"What it is called."_s, u"NAME"_s, u"Television"_s},
+    {u"address"_s, u"The address to listen on (127.0.0.1)."_s, u"ADDRESS"_s, u"127.0.0.1"_s},
+    {u"port"_s, u"The port to listen on (any that is free)."_s, u"PORT"_s, u"0"_s},
+    {u"flavour"_s, u"plain, password, legacy-keys, legacy-pin, transient or paired (plain)."_s, u"FLAVOUR"_s,
+     u"plain"_s},
+    {u"handover"_s, u"How it takes movies in an encrypted session: play or queue (play)."_s, u"HANDOVER"_s,
+     u"play"_s},
+    {u"pin"_s, u"The PIN that it shows (1234)."_s, u"PIN"_s, u"1234"_s},
+    {u"password"_s, u"Ask for this password."_s, u"PASSWORD"_s},
+    {u"model"_s, u"Its model, such as AppleTV14,1."_s, u"MODEL"_s},
+    {u"os-version"_s, u"The version of its system."_s, u"VERSION"_s},
+    {u"publish"_s, u"Announce it on the network, through Avahi."_s},
+    {u"bus"_s, u"The message bus with Avahi on it (the system's)."_s, u"ADDRESS"_s},
+    {u"misbehave"_s, u"Get something wrong; may be repeated."_s, u"KIND"_s},
+    {u"duration"_s, u"End after so many seconds."_s, u"SECONDS"_s, u"0"_s},
+};
 
 std::expected<Television::Options, QString> optionsFrom(const QCommandLineParser& parser) {
     Television::Options options;
-    options.name = parser.value(nameOption);
-    if (!options.address.setAddress(parser.value(addressOption)))
-        return std::unexpected(u"“%1” is not an address."_s.arg(parser.value(addressOption)));
+    options.name = parser.value(u"name"_s);
+    if (!options.address.setAddress(parser.value(u"address"_s)))
+        return std::unexpected(u"“%1” is not an address."_s.arg(parser.value(u"address"_s)));
     bool isPort = false;
-    options.port = parser.value(portOption).toUShort(&isPort);
-    if (!isPort) return std::unexpected(u"“%1” is not a port."_s.arg(parser.value(portOption)));
-    const auto flavour = Television::Options::readFlavour(parser.value(flavourOption));
-    if (!flavour) return std::unexpected(u"There is no flavour “%1”."_s.arg(parser.value(flavourOption)));
+    options.port = parser.value(u"port"_s).toUShort(&isPort);
+    if (!isPort) return std::unexpected(u"“%1” is not a port."_s.arg(parser.value(u"port"_s)));
+    const auto flavour = Television::Options::readFlavour(parser.value(u"flavour"_s));
+    if (!flavour) return std::unexpected(u"There is no flavour “%1”."_s.arg(parser.value(u"flavour"_s)));
     options.flavour = *flavour;
-    const auto handover = Television::Options::readHandover(parser.value(handoverOption));
-    if (!handover) return std::unexpected(u"There is no handover “%1”."_s.arg(parser.value(handoverOption)));
+    const auto handover = Television::Options::readHandover(parser.value(u"handover"_s));
+    if (!handover) return std::unexpected(u"There is no handover “%1”."_s.arg(parser.value(u"handover"_s)));
     options.handover = *handover;
-    options.pin = parser.value(pinOption);
-    options.password = parser.value(passwordOption);
-    options.model = parser.value(modelOption);
-    options.systemVersion = parser.value(versionOption);
-    options.publish = parser.isSet(publishOption);
-    options.busAddress = parser.value(busOption);
-    for (const QString& text : parser.values(misbehaveOption)) {
+    options.pin = parser.value(u"pin"_s);
+    options.password = parser.value(u"password"_s);
+    options.model = parser.value(u"model"_s);
+    options.systemVersion = parser.value(u"os-version"_s);
+    options.publish = parser.isSet(u"publish"_s);
+    options.busAddress = parser.value(u"bus"_s);
+    for (const QString& text : parser.values(u"misbehave"_s)) {
         const auto misbehaviour = readMisbehaviour(text);
         if (!misbehaviour) return std::unexpected(misbehaviour.error());
         options.misbehaviours.insert(misbehaviour->first, misbehaviour->second);
@@ -80,9 +76,7 @@ int main(int argc, char** argv) {
         "misbehaviour:\n"_s +
         misbehaviourHelp());
     parser.addHelpOption();
-    parser.addOptions({nameOption, addressOption, portOption, flavourOption, handoverOption, pinOption,
-                       passwordOption, modelOption, versionOption, publishOption, busOption, misbehaveOption,
-                       durationOption});
+    parser.addOptions(commandLine);
     parser.process(application);
 
     QTextStream errors(stderr);
@@ -102,7 +96,7 @@ int main(int argc, char** argv) {
     }
     output << "listening on " << television.receiver().port << Qt::endl;
     Clock::Timer ending;
-    if (const double duration = parser.value(durationOption).toDouble(); duration > 0)
+    if (const double duration = parser.value(u"duration"_s).toDouble(); duration > 0)
         ending = clock.after(seconds(duration), [] { QCoreApplication::quit(); });
     return QCoreApplication::exec();
 }

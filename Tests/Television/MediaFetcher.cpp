@@ -1,6 +1,7 @@
 #include "Television/MediaFetcher.h"
 
 #include <QHostAddress>
+#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 
@@ -9,6 +10,11 @@ namespace velmora::test {
 namespace {
 
 constexpr qint64 readAhead = 4LL * 1024 * 1024;
+
+template <class Number>
+qint64 number(const QByteArray& bytes, qsizetype offset) {
+    return qint64(qFromBigEndian<Number>(bytes.constData() + offset));
+}
 
 }  // namespace
 
@@ -126,27 +132,42 @@ void MediaFetcher::take(const QByteArray& bytes) {
     if (remaining_ == 0 || taken_ >= readAhead) finishStep();
 }
 
+/// Box by box, up to the one that tells of the movie; it may lie behind the media.
 void MediaFetcher::readIndex(const QByteArray& bytes) {
-    switch (index_->feed(bytes)) {
-        case Mp4Index::Need::more:
-            return;
-        case Mp4Index::Need::broken:
+    boxes_ += bytes;
+    constexpr qsizetype headSize = 16;  // with the long form of the size
+    while (boxes_.size() >= headSize) {
+        const QByteArray type = boxes_.mid(4, 4);
+        const bool isLong = number<quint32>(boxes_, 0) == 1;
+        const qint64 size = isLong ? number<quint64>(boxes_, 8) : number<quint32>(boxes_, 0);
+        const bool isFirst = offset_ == 0;
+        if (size < 8 || size > size_ - offset_ || isFirst != (type == "ftyp"))
             return fail(u"this is no movie with an index"_s);
-        case Mp4Index::Need::done:
-            Q_EMIT opened(index_->duration());
-            return;
-        case Mp4Index::Need::jump:
-            break;
+        const bool isWhole = boxes_.size() >= size;
+        if (type == "moov" && !isWhole) return;
+        if (type == "moov") return takeIndex(boxes_.first(size));
+        offset_ += size;
+        boxes_.remove(0, qMin<qint64>(size, boxes_.size()));
+        if (isWhole) continue;
+        connectAfresh();
+        return request(Step::index, "GET", "bytes=" + QByteArray::number(offset_) + '-');
     }
-    index_->jumped();
-    offset_ = index_->offset();
-    connectAfresh();
-    request(Step::index, "GET", "bytes=" + QByteArray::number(offset_) + '-');
+    if (remaining_ == 0) fail(u"this is no movie with an index"_s);
+}
+
+void MediaFetcher::takeIndex(const QByteArray& index) {
+    const qsizetype at = index.indexOf("mvhd") + 4;
+    const bool isLong = at > 4 && index.mid(at, 1) == "\1";
+    const qsizetype scaleAt = at + (isLong ? 20 : 12);
+    if (at < 4 || scaleAt + 12 > index.size() || number<quint32>(index, scaleAt) == 0)
+        return fail(u"this is no movie with an index"_s);
+    const qint64 units = isLong ? number<quint64>(index, scaleAt + 4) : number<quint32>(index, scaleAt + 4);
+    Q_EMIT opened(double(units) / double(number<quint32>(index, scaleAt)));
 }
 
 void MediaFetcher::finishStep() {
     if (step_ == Step::firstBytes) {
-        index_.emplace(size_);
+        boxes_.clear();
         request(Step::index, "GET", "bytes=0-");
         return;
     }

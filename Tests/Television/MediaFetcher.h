@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Sender/Message.h"
-#include "Television/Mp4Index.h"
 
 #include <QObject>
 #include <QTcpSocket>
@@ -45,6 +44,7 @@ class MediaFetcher : public QObject {
     void accept(const Head& head);
     void take(const QByteArray& bytes);
     void readIndex(const QByteArray& bytes);
+    void takeIndex(const QByteArray& index);
     void finishStep();
     void fail(const QString& reason);
 
@@ -58,8 +58,7 @@ class MediaFetcher : public QObject {
     qint64 offset_ = 0;     // where the range in progress begins
     qint64 remaining_ = 0;  // of its body
     qint64 taken_ = 0;
-    QByteArray firstBytes_;
-    std::optional<Mp4Index> index_;
+    QByteArray boxes_;  // from `offset_` on, where a box begins
 };
 
 }  // namespace velmora::test

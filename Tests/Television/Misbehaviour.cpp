@@ -16,7 +16,7 @@ struct Kind {
     const char* help;
 };
 
-constexpr std::array<Kind, 29> kinds{{
+constexpr std::array<Kind, 26> kinds{{
     {Misbehaviour::neverFetches, "never-fetch", 0,
      "takes the movie's address and does not ask for the movie"},
     {Misbehaviour::ignoresPlay, "ignore-play", 0, "takes a movie with 200 and does nothing"},
@@ -31,21 +31,19 @@ constexpr std::array<Kind, 29> kinds{{
     {Misbehaviour::endsLinesBare, "bare-lf", 0, "ends its status lines with a bare LF"},
     {Misbehaviour::omitsLengths, "no-length", 0, "sends no Content-Length with empty answers"},
     {Misbehaviour::hidesDuration, "no-duration", 0, "is ready with a duration of zero, and stays so"},
-    {Misbehaviour::stopsSlowly, "slow-stop", 4, "answers /stop after NUMBER seconds"},
-    {Misbehaviour::playsOn, "play-on", 0, "plays on when its sender is gone"},
     {Misbehaviour::wantsPin, "want-pin", 0, "pairs only with a PIN, whatever it announces"},
     {Misbehaviour::doubtsPin, "doubt-pin", 1, "answers the first NUMBER of right PINs with 470"},
-    {Misbehaviour::forgets, "forget", 1, "has forgotten the sender the first NUMBER of times it comes back"},
     {Misbehaviour::restricted, "restrict", 0, "lets only people of its home in"},
     {Misbehaviour::isBusy, "busy", 0, "is busy with something else"},
     {Misbehaviour::isTakenOver, "take-over", 3,
      "is taken over by another sender after NUMBER seconds of picture"},
     {Misbehaviour::refusesPtp, "refuse-ptp", 0, "refuses sessions that are timed by PTP"},
     {Misbehaviour::refusesNtp, "refuse-ntp", 0, "refuses sessions that are timed by NTP"},
-    {Misbehaviour::refusesStream, "refuse-stream", 0, "refuses the stream of the play queue"},
     {Misbehaviour::opensEventsLate, "late-events", 1, "opens its port for events NUMBER seconds late"},
     {Misbehaviour::hidesInfo, "no-info", 0, "answers /info with 403"},
     {Misbehaviour::asksConsent, "consent", 10, "answers the session's SETUP after NUMBER seconds"},
+    {Misbehaviour::mutesRemote, "mute-remote", 0,
+     "says nothing to its remote control; with 1, refuses its commands"},
     {Misbehaviour::sleeps, "asleep", 0, "is asleep until it is woken"},
     {Misbehaviour::ends, "end", 1,
      "the queue's end: 1 as a notification, 2 as stopped and ended, 3 as stopped a little early"},

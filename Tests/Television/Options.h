@@ -2,7 +2,9 @@
 
 #include "Television/Misbehaviour.h"
 
+#include <QByteArray>
 #include <QHostAddress>
+#include <QList>
 #include <QString>
 
 #include <optional>
@@ -56,5 +58,16 @@ struct TelevisionOptions {
         return misbehaviours.value(misbehaviour);
     }
 };
+
+// What it tells of itself, as fits its options.
+
+/// A hardware address that follows from the name.
+[[nodiscard]] QString deviceIdentifier(const TelevisionOptions& options);
+[[nodiscard]] QString sourceVersion(const TelevisionOptions& options);
+[[nodiscard]] quint64 features(const TelevisionOptions& options);
+[[nodiscard]] quint64 statusFlags(const TelevisionOptions& options);
+
+/// The strings of the TXT record beside `_airplay._tcp`.
+[[nodiscard]] QList<QByteArray> announcement(const TelevisionOptions& options);
 
 }  // namespace velmora::test

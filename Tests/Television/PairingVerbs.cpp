@@ -4,6 +4,9 @@
 #include "Sender/Plist.h"
 #include "Television/Responses.h"
 
+#include <array>
+
+using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
 
 namespace velmora::test {
@@ -14,6 +17,7 @@ using Flavour = TelevisionOptions::Flavour;
 using HapMessages::ErrorCode;
 using Tlv8::Tag;
 
+constexpr std::array<std::chrono::seconds, 5> pauses{1s, 16s, 32s, 64s, 64s};
 const QByteArray pinPairing = "3";
 const QByteArray transientPairing = "4";
 
@@ -48,6 +52,34 @@ QString headerComplaint(const Request& request, const QList<QByteArray>& kinds) 
 }
 
 }  // namespace
+
+// Known from one run to the next: a sender remembers it.
+Pairings::Pairings(Context& context)
+    : context_(context),
+      identity_{
+          deviceIdentifier(context.options).toLatin1(),
+          Crypto::digest(Crypto::Hash::sha512, {context.options.name.toUtf8()}).first(Crypto::keySize)} {}
+
+void Pairings::forget() {
+    sender.reset();
+    legacySender.reset();
+}
+
+void Pairings::countWrongPin() {
+    if (wrongPins_ < std::ssize(pauses))
+        pausedUntil_ = context_.clock.now() + pauses[static_cast<std::size_t>(wrongPins_)];
+    wrongPins_ += 1;
+}
+
+std::optional<std::chrono::seconds> Pairings::pause() const {
+    if (wrongPins_ > std::ssize(pauses)) return std::nullopt;
+    const auto rest = std::chrono::ceil<std::chrono::seconds>(pausedUntil_ - context_.clock.now());
+    return wrongPins_ > 0 && rest > 0s ? rest : 0s;
+}
+
+bool Pairings::doubtPin() {
+    return doubted_++ < int(context_.numberOf(Misbehaviour::doubtsPin));
+}
 
 bool PairingVerbs::takes(const Request& request) {
     const QList<QByteArray> paths{"/pair-pin-start", "/pair-setup", "/pair-setup-pin", "/pair-verify"};
@@ -129,7 +161,7 @@ Response PairingVerbs::setUpPin(const QByteArray& body) {
         context_.say(u"a wrong PIN"_s);
         pairings_.countWrongPin();
         pinShown_ = false;
-    } else if (state == 3 && pairings_.strikes(Misbehaviour::doubtsPin)) {
+    } else if (state == 3 && pairings_.doubtPin()) {
         return wrongPin();
     } else if (state == 5 && fails(answer)) {
         return blame(u"an introduction that cannot be believed"_s);
@@ -144,10 +176,7 @@ Response PairingVerbs::setUpPin(const QByteArray& body) {
 Response PairingVerbs::verify(const Request& request) {
     const QString wrong = headerComplaint(request, {pinPairing});
     if (!wrong.isEmpty()) return blame(wrong);
-    if (stateOf(request.body) == 1) {
-        if (pairings_.strikes(Misbehaviour::forgets)) pairings_.forget();
-        verify_.emplace(pairings_.identity(), pairings_.sender);
-    }
+    if (stateOf(request.body) == 1) verify_.emplace(pairings_.identity(), pairings_.sender);
     if (!verify_) return blame(u"a verification that does not begin at its beginning"_s);
     const QByteArray answer = verify_->answer(request.body);
     if (verify_->shared()) shared_ = verify_->shared();
@@ -178,7 +207,7 @@ Response PairingVerbs::setUpLegacyPin(const Request& request) {
     if (!legacySetup_) return blame(u"a pairing that does not begin at its beginning"_s);
     if (body.contains(u"proof"_s)) {
         const auto proof = legacySetup_->check({data(u"pk"_s), data(u"proof"_s)});
-        if (!proof || pairings_.strikes(Misbehaviour::doubtsPin)) return wrongPin();
+        if (!proof || pairings_.doubtPin()) return wrongPin();
         return binaryResponse({{u"proof"_s, *proof}});
     }
     const auto sealed = legacySetup_->exchange({data(u"epk"_s), data(u"authTag"_s)});
@@ -190,7 +219,6 @@ Response PairingVerbs::setUpLegacyPin(const Request& request) {
 
 Response PairingVerbs::verifyLegacy(const QByteArray& body) {
     if (body.startsWith('\1')) {
-        if (pairings_.strikes(Misbehaviour::forgets)) pairings_.forget();
         legacyVerify_.reset();
         if (!pairings_.legacySender) return response(470);
         legacyVerify_.emplace(pairings_.identity().seed, pairings_.legacySender);

@@ -1,10 +1,40 @@
 #pragma once
 
+#include "Television/Context.h"
 #include "Television/Pairing/HapReceiver.h"
 #include "Television/Pairing/LegacyReceiver.h"
-#include "Television/Pairings.h"
+
+#include <optional>
 
 namespace velmora::test {
+
+/// What a television keeps of pairings: its own identity, the sender that it knows, and how many wrong PINs
+/// there were.
+class Pairings {
+  public:
+    explicit Pairings(Context& context);
+
+    [[nodiscard]] const HapMessages::Identity& identity() const { return identity_; }
+
+    std::optional<HapMessages::Peer> sender{};
+    std::optional<QByteArray> legacySender{};
+    void forget();
+
+    /// For every wrong PIN the next pause is longer.
+    void countWrongPin();
+    /// How long no PIN is taken now; nothing: not before it is switched off and on again.
+    [[nodiscard]] std::optional<std::chrono::seconds> pause() const;
+
+    /// Whether a right PIN is refused once more.
+    [[nodiscard]] bool doubtPin();
+
+  private:
+    Context& context_;
+    HapMessages::Identity identity_;
+    int wrongPins_ = 0;
+    Clock::Instant pausedUntil_{};
+    int doubted_ = 0;
+};
 
 /// The requests by which a sender comes to be trusted, on one connection.
 class PairingVerbs {

@@ -1,9 +1,6 @@
 #include "Television/PlayVerbs.h"
 
 #include "Sender/Plist.h"
-#include "Support/Seconds.h"
-#include "Television/Announcement.h"
-#include "Television/PlayRequest.h"
 #include "Television/Responses.h"
 
 #include <QUrlQuery>
@@ -13,6 +10,57 @@ using namespace Qt::StringLiterals;
 namespace velmora::test {
 
 namespace {
+
+using Movie = std::expected<SimulatedPlayer::Movie, QString>;
+
+constexpr qsizetype uuidLength = 36;
+
+/// Receivers read integers as zero.
+bool isRealOrAbsent(const QVariantMap& body, const QString& key) {
+    return !body.contains(key) || body.value(key).typeId() == QMetaType::Double;
+}
+
+Movie fromPlist(const QByteArray& bytes) {
+    if (!bytes.startsWith("bplist00")) return std::unexpected(u"not a binary property list"_s);
+    const auto plist = Plist::decode(bytes);
+    if (!plist) return std::unexpected(plist.error());
+    const QVariantMap body = plist->toMap();
+    SimulatedPlayer::Movie movie;
+    movie.url = QUrl(body.value(u"Content-Location"_s).toString(), QUrl::StrictMode);
+    movie.uuid = body.value(u"uuid"_s).toString();
+    if (movie.uuid.size() != uuidLength) return std::unexpected(u"no uuid of 36 characters"_s);
+    for (const QString& key : {u"Start-Position"_s, u"Start-Position-Seconds"_s})
+        if (!isRealOrAbsent(body, key)) return std::unexpected(key + u" is not a real number"_s);
+    movie.startFraction = body.value(u"Start-Position"_s, 0.0).toDouble();
+    movie.startSeconds = body.value(u"Start-Position-Seconds"_s, -1.0).toDouble();
+    if (movie.startFraction < 0 || movie.startFraction > 1)
+        return std::unexpected(u"Start-Position is not a share of the movie"_s);
+    return movie;
+}
+
+Movie fromText(const QByteArray& body) {
+    SimulatedPlayer::Movie movie;
+    movie.startSeconds = -1;
+    for (const QByteArray& line : body.split('\n')) {
+        if (line.endsWith('\r')) return std::unexpected(u"lines that end in CR LF"_s);
+        const QByteArray value = line.mid(line.indexOf(": ") + 2);
+        if (line.startsWith("Content-Location: "))
+            movie.url = QUrl(QString::fromLatin1(value), QUrl::StrictMode);
+        if (line.startsWith("Start-Position: ")) movie.startFraction = value.toDouble();
+    }
+    return movie;
+}
+
+/// The movie that `/play` names, or what is wrong with the request: as strict as the strictest receiver.
+Movie readPlayRequest(const Request& request) {
+    const QByteArray type = request.headers.value("Content-Type");
+    Movie movie = std::unexpected(u"a body of another type"_s);
+    if (type == "application/x-apple-binary-plist") movie = fromPlist(request.body);
+    if (type == "text/parameters") movie = fromText(request.body);
+    if (movie && !(movie->url.isValid() && !movie->url.isRelative()))
+        return std::unexpected(u"no address of a movie"_s);
+    return movie;
+}
 
 /// A number of the query, as C writes numbers; nothing for anything else.
 std::optional<double> numberIn(const Request& request, const QString& name) {
@@ -33,31 +81,23 @@ const QList<PlayVerbs::Route> PlayVerbs::routes{
     {"POST", "/play", &PlayVerbs::play},
     {"POST", "/rate", &PlayVerbs::rate},
     {"POST", "/scrub", &PlayVerbs::scrub},
-    {"GET", "/scrub", &PlayVerbs::showScrub},
     {"GET", "/playback-info", &PlayVerbs::playbackInfo},
     {"POST", "/stop", &PlayVerbs::stop},
-    {"POST", "/volume", &PlayVerbs::volume},
     {"PUT", "/setProperty", &PlayVerbs::setProperty},
     {"POST", "/feedback", &PlayVerbs::feedback},
 };
 
-void PlayVerbs::answer(const QObject* asker, const Request& request, const Reply& reply) {
-    for (const Route& route : routes) {
-        if (request.method != route.method || request.path() != route.path) continue;
-        const Response answer = (this->*route.verb)(asker, request);
-        if (route.verb != &PlayVerbs::stop || !context_.does(Misbehaviour::stopsSlowly)) return reply(answer);
-        stopping_ = context_.clock.after(seconds(context_.numberOf(Misbehaviour::stopsSlowly)),
-                                         [=] { reply(answer); });
-        return;
-    }
-    reply(response(501));
+Response PlayVerbs::answer(const QObject* asker, const Request& request) {
+    for (const Route& route : routes)
+        if (request.method == route.method && request.path() == route.path)
+            return (this->*route.verb)(asker, request);
+    return response(501);
 }
 
 void PlayVerbs::leave(const QObject* asker) {
     if (playing_ != asker) return;
     playing_ = nullptr;
-    stopping_.cancel();
-    if (!context_.does(Misbehaviour::playsOn)) context_.player.stop();
+    context_.player.stop();
 }
 
 Response PlayVerbs::serverInfo(const QObject* /*asker*/, const Request& /*request*/) {
@@ -94,16 +134,6 @@ Response PlayVerbs::scrub(const QObject* /*asker*/, const Request& request) {
     return {};
 }
 
-Response PlayVerbs::showScrub(const QObject* /*asker*/, const Request& /*request*/) {
-    const SimulatedPlayer& player = context_.player;
-    if (!player.isReady()) return response(405);
-    Response shown;
-    shown.headers.append("Content-Type", "text/parameters");
-    shown.body = "duration: " + QByteArray::number(player.duration(), 'f', 6) +
-                 "\r\nposition: " + QByteArray::number(player.reportedPosition(), 'f', 6);
-    return shown;
-}
-
 Response PlayVerbs::playbackInfo(const QObject* /*asker*/, const Request& /*request*/) {
     const SimulatedPlayer& player = context_.player;
     if (!player.isReady()) return xmlResponse({{u"readyToPlay"_s, false}});
@@ -131,11 +161,6 @@ Response PlayVerbs::stop(const QObject* asker, const Request& /*request*/) {
     if (playing_ && playing_ != asker && !context_.options.isEncrypted())
         context_.complain(u"/stop from another connection than the one with /play"_s);
     context_.player.stop();
-    return {};
-}
-
-Response PlayVerbs::volume(const QObject* /*asker*/, const Request& request) {
-    if (!numberIn(request, u"volume"_s)) return refuse(u"/volume without a number"_s);
     return {};
 }
 

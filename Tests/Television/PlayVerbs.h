@@ -16,7 +16,7 @@ class PlayVerbs : public QObject {
     explicit PlayVerbs(Context& context) : context_(context) {}
 
     /// `asker` stands for the connection.
-    void answer(const QObject* asker, const Request& request, const Reply& reply);
+    [[nodiscard]] Response answer(const QObject* asker, const Request& request);
     /// A connection ended, and with it the movie that it brought.
     void leave(const QObject* asker);
 
@@ -37,18 +37,15 @@ class PlayVerbs : public QObject {
     Response play(const QObject* asker, const Request& request);
     Response rate(const QObject* asker, const Request& request);
     Response scrub(const QObject* asker, const Request& request);
-    Response showScrub(const QObject* asker, const Request& request);
     Response playbackInfo(const QObject* asker, const Request& request);
     Response setProperty(const QObject* asker, const Request& request);
     Response stop(const QObject* asker, const Request& request);
-    Response volume(const QObject* asker, const Request& request);
     Response feedback(const QObject* asker, const Request& request);
     Response refuse(const QString& reason);
 
     Context& context_;
     const QObject* playing_ = nullptr;  // who brought the movie
     int failures_ = 0;
-    Clock::Timer stopping_;
 };
 
 }  // namespace velmora::test

@@ -1,7 +1,6 @@
 #include "Television/Publication.h"
 
 #include "Sender/Discovery/AvahiObject.h"
-#include "Television/Announcement.h"
 
 #include <QDBusMetaType>
 #include <QDBusObjectPath>

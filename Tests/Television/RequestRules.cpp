@@ -11,12 +11,10 @@ namespace velmora::test {
 namespace {
 
 constexpr qsizetype uuidLength = 36;
-const QByteArray binaryPlist = "application/x-apple-binary-plist";
 
 /// Verbs whose target is the session.
 bool isOfSession(const QByteArray& method) {
-    return QList<QByteArray>{"SETUP", "RECORD", "TEARDOWN", "GET_PARAMETER", "SET_PARAMETER"}.contains(
-        method);
+    return method == "SETUP" || method == "RECORD" || method == "TEARDOWN";
 }
 
 /// The one protocol in which a request is understood; empty: either.
@@ -76,8 +74,7 @@ QString RequestRules::sealedComplaint(const Request& request) {
     if (!request.headers.value("User-Agent").startsWith("AirPlay/"))
         return u"a User-Agent that is not AirPlay"_s;
     const QByteArray type = request.headers.value("Content-Type");
-    const bool isParameter = request.method.endsWith("_PARAMETER");
-    if (!request.body.isEmpty() && type != (isParameter ? "text/parameters" : binaryPlist))
+    if (!request.body.isEmpty() && type != "application/x-apple-binary-plist")
         return u"a body of type “%1”"_s.arg(QLatin1StringView(type));
     if (request.version != "RTSP/1.0" && request.path() != "/command") return {};
     const QString wrong = identityComplaint(request.headers);
@@ -116,7 +113,9 @@ QString RequestRules::numberComplaint(const Request& request) {
     if (!sealed_ && isWeb) return u"CSeq in HTTP"_s;
     if (!isNumber(text)) return u"a CSeq that is no number"_s;
     const quint32 number = text.toUInt();
-    const bool follows = !number_ || number == *number_ + 1;
+    // What waited for an answer that never came is not sent before a farewell.
+    const bool isFarewell = request.method == "TEARDOWN" && number_ && number > *number_;
+    const bool follows = !number_ || number == *number_ + 1 || isFarewell;
     number_ = number;
     return follows ? QString() : u"a CSeq that does not follow the last one"_s;
 }

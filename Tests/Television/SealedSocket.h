@@ -5,7 +5,6 @@
 #include <QObject>
 #include <QTcpSocket>
 
-#include <memory>
 #include <optional>
 
 namespace velmora::test {
@@ -22,8 +21,7 @@ class SealedSocket : public QObject {
     void seal(const ChannelKeys& keys);
     [[nodiscard]] bool isSealed() const { return opener_.has_value(); }
 
-    /// Frames are longer than the sender may make them: it has to take these.
-    void write(const QByteArray& bytes);
+    void write(const QByteArray& bytes) { socket_->write(isSealed() ? sealer_->seal(bytes) : bytes); }
     void close() { socket_->disconnectFromHost(); }
     void abort() { socket_->abort(); }
     [[nodiscard]] QHostAddress sender() const { return socket_->peerAddress(); }
@@ -36,13 +34,10 @@ class SealedSocket : public QObject {
 
   private:
     void receive();
-    [[nodiscard]] QString takeFrames(QByteArray& text);
 
     QTcpSocket* socket_;
-    Secret sealing_;
-    quint64 sealed_ = 0;
+    std::optional<FrameSealer> sealer_;
     std::optional<FrameOpener> opener_;
-    QByteArray pending_;
 };
 
 }  // namespace velmora::test

@@ -2,7 +2,6 @@
 
 #include "Sender/Plist.h"
 #include "Support/Seconds.h"
-#include "Television/Announcement.h"
 
 #include <QPointer>
 #include <QTime>
@@ -91,7 +90,7 @@ void Television::left(Guest* guest) {
     if (!guests_.removeOne(guest)) return;
     guest->deleteLater();
     if (guest->session() && guest->session()->isForRemote()) checkOrderSoon();
-    verbs_.leave(&guest->connection());
+    verbs_.leave(guest);
 }
 
 /// After the session for remote control has gone: the movie's goes first, or with it. One that comes
@@ -109,7 +108,7 @@ void Television::checkOrderSoon() {
 void Television::misbehaveAfterPlay() {
     if (options_.does(Misbehaviour::drops))
         dropping_ = clock_.after(seconds(options_.numberOf(Misbehaviour::drops)), [this] {
-            for (Guest* guest : QList(guests_)) guest->connection().abort();
+            for (Guest* guest : QList(guests_)) guest->abort();
         });
     if (options_.does(Misbehaviour::goesSilent))
         falling_ = clock_.after(seconds(options_.numberOf(Misbehaviour::goesSilent)), [this] {
@@ -136,16 +135,7 @@ void Television::sendEvent(const QString& state, const QString& reason) {
     if (silent_) return;
     QVariantMap body{{u"category"_s, u"video"_s}, {u"sessionID"_s, 1}, {u"state"_s, state}};
     if (!reason.isEmpty()) body.insert(u"reason"_s, reason);
-    Request event;
-    event.method = "POST";
-    event.target = "/event";
-    event.body = Plist::encodeXml(body);
-    for (Guest* guest : guests_) {
-        if (!guest->connection().isReversed()) continue;
-        event.headers = {{"Content-Type", "text/x-apple-plist+xml"},
-                         {"X-Apple-Session-ID", guest->connection().session()}};
-        guest->connection().send(event);
-    }
+    for (Guest* guest : guests_) guest->sendEvent(Plist::encodeXml(body));
 }
 
 void Television::complain(const QString& reason) {

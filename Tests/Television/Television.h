@@ -3,7 +3,7 @@
 #include "Sender/Receiver.h"
 #include "Television/Context.h"
 #include "Television/Guest.h"
-#include "Television/Pairings.h"
+#include "Television/PairingVerbs.h"
 #include "Television/PlayVerbs.h"
 #include "Television/Publication.h"
 #include "Television/SimulatedPlayer.h"
@@ -43,6 +43,8 @@ class Television : public QObject {
 
     /// The PIN to type; changes only what is shown from now on.
     [[nodiscard]] const QString& pin() const { return options_.pin; }
+    /// Lets a test answer requests in its stead.
+    void onRequest(Interference interfere) { context_.interfere = std::move(interfere); }
     /// As when its settings are reset.
     void forgetPairings() { pairings_.forget(); }
 

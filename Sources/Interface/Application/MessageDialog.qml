@@ -24,6 +24,8 @@ PopupFrame {
     onOpened: (hasPage ? get : done).forceActiveFocus()
 
     contentItem: Column {
+        LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
+        LayoutMirroring.childrenInherit: true
         spacing: 4
         Accessible.role: Accessible.Dialog
         Accessible.name: dialog.controller.messageTitle
@@ -53,7 +55,8 @@ PopupFrame {
                 width: parent.width
                 text: dialog.controller.messageText
                 color: Theme.window.text2
-                horizontalAlignment: Text.AlignHCenter
+                // What is new comes as a list.
+                horizontalAlignment: text.includes("\n") ? Text.AlignLeft : Text.AlignHCenter
             }
         }
 

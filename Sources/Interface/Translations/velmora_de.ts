@@ -277,6 +277,10 @@ Untertitel neben der Datei kommen mit.</translation>
 <context>
     <name>MoviePickerWindow</name>
     <message>
+        <source>Places</source>
+        <translation>Orte</translation>
+    </message>
+    <message>
         <source>Enclosing Folder (Backspace)</source>
         <translation>Übergeordneter Ordner (Rücktaste)</translation>
     </message>
@@ -678,7 +682,7 @@ Untertitel neben der Datei kommen mit.</translation>
     </message>
     <message>
         <source>Add a television by address…</source>
-        <translation>Fernseher über Adresse hinzufügen …</translation>
+        <translation>Über Adresse hinzufügen …</translation>
     </message>
 </context>
 <context>

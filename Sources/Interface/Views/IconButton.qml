@@ -20,7 +20,9 @@ Item {
     property string help
     property string name: help
     property alias button: button
-    readonly property bool showsHelp: pointer.hovered && !button.pressed && !isOpen && help.length > 0
+    // A press sends the help away until the pointer comes again: it may have opened something here.
+    property bool isPressedSince: false
+    readonly property bool showsHelp: pointer.hovered && !isPressedSince && !isOpen && help.length > 0
 
     signal clicked
 
@@ -29,6 +31,8 @@ Item {
 
     HoverHandler {
         id: pointer
+
+        onHoveredChanged: root.isPressedSince = false
     }
 
     T.AbstractButton {
@@ -39,8 +43,13 @@ Item {
         focusPolicy: Qt.StrongFocus
         hoverEnabled: true
         Accessible.name: root.name
+        Accessible.onPressAction: {
+            if (enabled)
+                button.clicked();
+        }
         Keys.onReturnPressed: button.clicked()
         Keys.onEnterPressed: button.clicked()
+        onPressed: root.isPressedSince = true
         onClicked: root.clicked()
 
         background: ControlGround {

@@ -24,7 +24,7 @@ Item {
     signal pointed
     signal forgetClicked
 
-    implicitHeight: hasDetail ? Math.max(52, Theme.bodyLine + Theme.captionLine + 16) : Math.max(lowest, Theme.bodyLine + 16)
+    implicitHeight: hasDetail ? Math.max(52, wordColumn.height + 16) : Math.max(lowest, Theme.bodyLine + 16)
     Accessible.role: Accessible.MenuItem
     Accessible.name: text
     Accessible.description: detail
@@ -77,14 +77,18 @@ Item {
             horizontalAlignment: Text.AlignLeft
         }
 
+        // Whole where it tells why there is nothing to choose.
         Words {
             width: parent.width
+            height: Math.max(line, implicitHeight)
             visible: row.hasDetail
             line: Theme.captionLine
             text: row.detail
             color: Theme.window.text2
             font.pixelSize: Theme.captionSize
             horizontalAlignment: Text.AlignLeft
+            wrapMode: row.canChoose ? Text.NoWrap : Text.Wrap
+            maximumLineCount: row.canChoose ? 1 : 6
         }
     }
 

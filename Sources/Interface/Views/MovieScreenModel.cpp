@@ -4,6 +4,7 @@
 #include "Interface/Views/MovieDecisions.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace velmora {
@@ -143,7 +144,8 @@ QString MovieScreenModel::elapsedText() const {
 }
 
 QString MovieScreenModel::remainingText() const {
-    return duration() > 0 ? Durations::remaining(duration() - position()) : QString();
+    // It changes when the elapsed time does, so that the window is drawn once for both.
+    return duration() > 0 ? Durations::remaining(duration() - std::floor(position())) : QString();
 }
 
 QString MovieScreenModel::widestTime() const {

@@ -3,17 +3,16 @@
 #include "Interface/Views/Blur.h"
 
 #include <QCache>
-#include <QFuture>
+#include <QCoreApplication>
 #include <QImageReader>
 #include <QPainter>
 #include <QPainterPath>
-#include <QPromise>
+#include <QPointer>
 #include <QThreadPool>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <memory>
 #include <utility>
 
 namespace velmora {
@@ -151,14 +150,14 @@ void BlurredPicture::setImage(const QImage& image) {
     Q_EMIT imageChanged();
     showBlurred({});
     if (image.isNull()) return;
-    const auto promise = std::make_shared<QPromise<QImage>>();
-    promise->future().then(this, [this, generation](const QImage& blurred) {
-        if (generation == generation_) showBlurred(blurred);
-    });
-    QThreadPool::globalInstance()->start([promise, image] {
-        promise->start();
-        promise->addResult(Blur::backdrop(image));
-        promise->finish();
+    // It may be gone when the picture is done, so that the answer goes by way of the application.
+    QThreadPool::globalInstance()->start([self = QPointer(this), generation, image] {
+        const QImage blurred = Blur::backdrop(image);
+        const auto show = [self, generation, blurred] {
+            if (self && generation == self->generation_) self->showBlurred(blurred);
+        };
+        if (auto* const application = QCoreApplication::instance())
+            QMetaObject::invokeMethod(application, show, Qt::QueuedConnection);
     });
 }
 

@@ -20,8 +20,9 @@ Item {
         return Math.max(0, Math.min(1, place / width)) * movie.duration;
     }
 
+    // Whole pixels: a movie that goes on draws nothing anew until there is something to see.
     function xOf(time: real): real {
-        return movie.duration > 0 ? width * Math.min(1, time / movie.duration) : 0;
+        return movie.duration > 0 ? Math.round(width * Math.min(1, time / movie.duration)) : 0;
     }
 
     enabled: canSeek

@@ -61,8 +61,14 @@ class Portal : public QDBusVirtualObject {
 
 TEST(FileChooserPortal, SaysWhatTheUserChoseOrThatThereIsNoDialog) {
     if (!PrivateBus::isRunning()) GTEST_SKIP() << "There is no dbus-daemon.";
-    FileChooserPortal chooser(QDBusConnection::sessionBus());
     QList<FileChooserPortal::Answer> answers;
+    FileChooserPortal withoutBus(QDBusConnection(u"no bus"_s));
+    withoutBus.ask({.title = u"Choose"_s},
+                   [&](const FileChooserPortal::Answer& answer) { answers << answer; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !answers.isEmpty(); }));
+    EXPECT_FALSE(answers.first().has_value());
+
+    FileChooserPortal chooser(QDBusConnection::sessionBus());
     const auto ask = [&](bool wantsFolder) {
         chooser.ask({.title = u"Choose"_s, .wantsFolder = wantsFolder, .extensions = {u"mp4"_s}},
                     [&](const FileChooserPortal::Answer& answer) { answers << answer; });

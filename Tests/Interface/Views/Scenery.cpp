@@ -39,10 +39,13 @@ QImage landscape(QSize size, const QGradientStops& sky, QPointF sun, QColor sunC
     painter.fillRect(image.rect(), gradient);
     const QPointF place(sun.x() * size.width(), sun.y() * size.height());
     QRadialGradient glow(place, size.width() * 0.4);
-    glow.setColorAt(0, sunColor);
-    QColor gone = sunColor;
-    gone.setAlpha(0);
-    glow.setColorAt(1, gone);
+    // Without an edge where it ends.
+    constexpr double steps = 8;
+    for (int step = 0; step <= steps; ++step) {
+        QColor color = sunColor;
+        color.setAlphaF(std::pow(1 - step / steps, 3));
+        glow.setColorAt(step / steps, color);
+    }
     painter.setOpacity(0.5);
     painter.fillRect(image.rect(), glow);
     painter.setOpacity(1);

@@ -63,26 +63,13 @@ TEST(HapSetupTest, pairsWithTheKnownMessages) {
         HapPinSetup sender = knownSender(named ? u"Velmora"_s : QString());
         HapSetupReceiver receiver = knownReceiver();
         const auto credentials = pair(sender, receiver, [&](int number, const QByteArray& message) {
-            switch (number) {
-                case 1:
-                    EXPECT_EQ(message, vector("pin.M1msg"));
-                    break;
-                case 2:
-                    EXPECT_EQ(sha256(message), vector("pin.M2msg.sha256"));
-                    break;
-                case 3:
-                    EXPECT_EQ(sha256(message), vector("pin.M3msg.sha256"));
-                    break;
-                case 4:
-                    EXPECT_TRUE(message.startsWith(vector("pin.M4msg.head")));
-                    break;
-                case 5:
-                    EXPECT_TRUE(message.endsWith(sealed));
-                    break;
-                default:
-                    EXPECT_TRUE(message.endsWith(vector("pin.M6.sealed")));
-                    break;
-            }
+            const bool isKnown[] = {message == vector("pin.M1msg"),
+                                    sha256(message) == vector("pin.M2msg.sha256"),
+                                    sha256(message) == vector("pin.M3msg.sha256"),
+                                    message.startsWith(vector("pin.M4msg.head")),
+                                    message.endsWith(sealed),
+                                    message.endsWith(vector("pin.M6.sealed"))};
+            EXPECT_TRUE(isKnown[number - 1]) << number;
             return message;
         });
         ASSERT_TRUE(credentials);
@@ -131,22 +118,6 @@ TEST(HapSetupTest, aPinIsTextWithItsZeros) {
     }
 }
 
-TEST(HapSetupTest, noTouchedMessageLeadsToAPairing) {
-    for (int touched = 2; touched <= 6; ++touched) {
-        for (const double where : {0.0, 0.5, 1.0}) {
-            HapPinSetup sender = knownSender();
-            HapSetupReceiver receiver = knownReceiver();
-            const auto result = pair(sender, receiver, [&](int number, const QByteArray& message) {
-                const auto position = static_cast<qsizetype>(where * static_cast<double>(message.size() - 1));
-                return number == touched ? damaged(message, position) : message;
-            });
-            EXPECT_FALSE(result) << "message " << touched << " at " << where;
-            EXPECT_EQ(receiver.paired().has_value(), touched == 6)
-                << "only the last answer is after the fact";
-        }
-    }
-}
-
 // The receiver's answers, cut at every length and with every byte changed.
 TEST(HapSetupTest, refusesEveryCutOrChangedAnswer) {
     HapPinSetup sender = knownSender();
@@ -156,6 +127,12 @@ TEST(HapSetupTest, refusesEveryCutOrChangedAnswer) {
         // A key that is cut where a fragment ends is still a key; the proof of it fails later.
         const bool taken = HapPinSetup(sender).takeChallenge(m2.first(i)).has_value();
         EXPECT_EQ(taken, i == m2.size() - 131) << i;
+    }
+    for (const qsizetype position : {qsizetype(0), m2.size() / 2, m2.size() - 1}) {
+        HapPinSetup misled = sender;
+        const bool taken = misled.takeChallenge(damaged(m2, position)).has_value();
+        const auto m3 = taken ? misled.prove(pin) : std::unexpected(PairingError());
+        EXPECT_FALSE(m3 && misled.introduce(HapSetupReceiver(receiver).answer(*m3))) << position;
     }
     ASSERT_TRUE(sender.takeChallenge(m2));
     const QByteArray m4 = receiver.answer(*sender.prove(pin));

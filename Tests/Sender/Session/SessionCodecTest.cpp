@@ -4,7 +4,6 @@
 #include "Sender/Session/MediaRemote/DataFrame.h"
 #include "Sender/Session/NtpResponder.h"
 #include "Sender/Session/PlayerState.h"
-#include "Sender/Session/QueueCommands.h"
 #include "Sender/Session/SessionMessages.h"
 #include "Sender/Session/SessionRequests.h"
 
@@ -80,30 +79,6 @@ TEST(SessionCodecTest, RemoteControlSpeaksInBytesThatAreKnown) {
     for (const QByteArray& damaged :
          {one.chopped(1), hex("ffffffffff01"), hex("80"), hex("0108"), hex("02d202"), one.repeated(65)})
         EXPECT_EQ(unpacked(damaged), std::nullopt) << damaged.toHex().constData();
-}
-
-TEST(SessionCodecTest, CommandsCarryWhatReceiversInsistOn) {
-    const QByteArray rate =
-        hex("62706c6973743030d20102030454726174655474797065233ff00000000000005773657452617465080d121720000000"
-            "00000001"
-            "01000000000000000500000000000000000000000000000028");
-    EXPECT_EQ(Plist::decode(rate), Plist::decode(Plist::encodeBinary(QueueCommands::setRate(1))));
-    EXPECT_EQ(SessionMessages::unwrapped(SessionMessages::wrapped(rate)), rate);
-
-    const QVariantMap seek = QueueCommands::seek(12.5, u"U"_s, 3);
-    EXPECT_EQ(MediaTime::fromPlist(seek.value(u"time"_s)), 12.5);
-    for (const QString& needed : {u"toleranceBefore"_s, u"toleranceAfter"_s})
-        EXPECT_EQ(MediaTime::fromPlist(seek.value(needed)), 0.0);
-    EXPECT_EQ(seek.value(u"item"_s).toMap().value(u"uuid"_s), u"U"_s);
-
-    const VideoControl::Movie movie{
-        .url = QUrl(u"http://192.0.2.1:1/t/movie.mp4"_s), .start = 30, .duration = 120, .uuid = u"U"_s};
-    for (const bool asFraction : {false, true}) {
-        const QVariantMap item = QueueCommands::insert(movie, asFraction).value(u"item"_s).toMap();
-        EXPECT_EQ(item.value(u"Start-Position-Seconds"_s), QVariant(30.0));
-        EXPECT_EQ(item.contains(u"Start-Position"_s), asFraction);
-        EXPECT_EQ(item.value(u"Content-Location"_s), movie.url.toString());
-    }
 }
 
 TEST(SessionCodecTest, NamesThatLeaveTheComputerMeanSomethingElsewhere) {

@@ -8,6 +8,9 @@
 
 namespace velmora::test {
 
+/// The number that the queue's stream has here.
+constexpr int queueStream = 7;
+
 /// The play queue of a session: takes its messages, plays its item, and tells of it on the event port.
 class QueueVerbs : public QObject {
     Q_OBJECT
@@ -42,9 +45,7 @@ class QueueVerbs : public QObject {
     QString setRate(const QVariantMap& message);
     QString seek(const QVariantMap& message);
     QString playbackInfo(const QVariantMap& message);
-    QString property(const QVariantMap& message);
     QString stop(const QVariantMap& message);
-    QString remove(const QVariantMap& message);
 
     void start(double rate);
     void tell(SimulatedPlayer::State state, const QString& reason);

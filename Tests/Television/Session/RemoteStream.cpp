@@ -1,6 +1,8 @@
 #include "Television/Session/RemoteStream.h"
 
 #include "Sender/Pairing/Crypto.h"
+#include "Sender/Plist.h"
+#include "Sender/Session/SessionMessages.h"
 
 #include <QDateTime>
 
@@ -11,6 +13,7 @@ namespace velmora::test {
 
 namespace {
 
+using namespace MediaRemote;
 using State = SimulatedPlayer::State;
 
 constexpr Clock::Duration dialDeadline = 15s;  // longer than real ones bear it: tests run in fast time
@@ -20,51 +23,14 @@ constexpr Clock::Duration timeToWake = 1s;
 constexpr double from1970To2001 = 978307200;
 constexpr double clockError = 3;  // of the television's, in seconds
 
-// Kinds of message.
+// What the sender has no name for.
 constexpr int plainAnswer = 0;
-constexpr int sendCommand = 1;
-constexpr int commandResult = 2;
-constexpr int setState = 4;
-constexpr int deviceInfo = 15;
-constexpr int wantedUpdates = 16;
-constexpr int deviceInfoUpdate = 37;
-constexpr int connectionState = 38;
-constexpr int wakeDevice = 41;
-constexpr int generic = 42;
-constexpr int updateContentItem = 56;
-constexpr int keyboardSession = 24;
-
-// Commands and states of a player.
-constexpr int play = 1;
-constexpr int pause = 2;
-constexpr int stop = 4;
-constexpr int seek = 45;
 constexpr int playing = 1;
 constexpr int paused = 2;
 constexpr int stopped = 3;
 constexpr int notSupported = 10;
 
 const char* const bundle = "com.apple.TVAirPlay";
-
-void appendVarint(QByteArray& bytes, quint64 number) {
-    for (; number > 0x7F; number >>= 7U) bytes.append(char(number | 0x80U));
-    bytes.append(char(number));
-}
-
-/// Takes a length and as many bytes off the front; nothing if that cannot be done.
-std::optional<QByteArray> takeCounted(QByteArray& bytes) {
-    quint64 length = 0;
-    for (qsizetype i = 0; i < qMin<qsizetype>(bytes.size(), 4); ++i) {
-        const auto byte = uchar(bytes[i]);
-        length |= quint64(byte & 0x7FU) << (7 * unsigned(i));
-        if (byte & 0x80U) continue;
-        if (bytes.size() - i - 1 < qsizetype(length)) return std::nullopt;
-        const QByteArray taken = bytes.mid(i + 1, qsizetype(length));
-        bytes.remove(0, i + 1 + qsizetype(length));
-        return taken;
-    }
-    return std::nullopt;
-}
 
 remote::Envelope message(int type, const std::string& identifier = {}) {
     remote::Envelope message;
@@ -114,29 +80,31 @@ void RemoteStream::accept() {
 }
 
 void RemoteStream::receive(const QByteArray& bytes) {
-    bytes_ += bytes;
+    frames_.feed(bytes);
     for (;;) {
-        const auto frame = RemoteFrame::take(bytes_);
+        const auto frame = frames_.next();
         if (!frame) return fail(frame.error());
         if (!*frame) return;
-        const QString wrong = (*frame)->isReply ? takeReply((*frame)->sequence) : take(**frame);
+        const bool isReply = (*frame)->kind == DataFrame::Kind::reply;
+        const QString wrong = isReply ? takeReply(**frame) : take(**frame);
         if (!wrong.isEmpty()) return fail(wrong);
     }
 }
 
-QString RemoteStream::takeReply(quint64 sequence) {
-    return waiting_.remove(sequence) == 1 ? QString() : u"a reply to no frame"_s;
+QString RemoteStream::takeReply(const DataFrame& frame) {
+    if (!frame.body.isEmpty()) return u"a reply with a body"_s;
+    return waiting_.remove(frame.sequence) == 1 ? QString() : u"a reply to no frame"_s;
 }
 
-QString RemoteStream::take(const RemoteFrame& frame) {
+QString RemoteStream::take(const DataFrame& frame) {
     if (silent_) return {};
-    socket_->write(RemoteFrame{.isReply = true, .sequence = frame.sequence, .payload = {}}.encoded());
-    QByteArray rest = frame.payload;
-    while (!rest.isEmpty()) {
-        const auto bytes = takeCounted(rest);
-        Message message;
-        if (!bytes || !message.ParseFromArray(bytes->constData(), int(bytes->size())))
-            return u"a message that cannot be read"_s;
+    // Every sender counts in 33 bits whose highest is set.
+    if (frame.sequence >> 32U != 1) return u"a frame with a sequence number out of the usual"_s;
+    const QVariantMap body = Plist::decode(frame.body).value_or(QVariant()).toMap();
+    const auto messages = unpacked(SessionMessages::unwrapped(body).value_or("?"));
+    if (!messages) return u"a message that cannot be read"_s;
+    socket_->write(DataFrame{DataFrame::Kind::reply, frame.sequence, {}}.encoded());
+    for (const Message& message : *messages) {
         const QString wrong = take(message);
         if (!wrong.isEmpty()) return wrong;
     }
@@ -155,9 +123,6 @@ QString RemoteStream::take(const Message& received) {
             send(message(plainAnswer, identifier));
             sendOddities();
             tell(context_.player.state(), {});
-            return {};
-        case keyboardSession:
-            send(message(plainAnswer, identifier));
             return {};
         case generic:
             expectHeartbeat();
@@ -190,22 +155,24 @@ QString RemoteStream::takeCommand(const Message& received) {
     if (command.has_player_path() && command.player_path().client().bundle() != bundle)
         return u"a command to another player"_s;
     Message result = message(commandResult, received.identifier());
-    const bool done = steer(command.command(), command);
+    const bool done = !refusesCommands() && steer(command.command(), command);
     result.mutable_command_result()->set_send_error(done ? 0 : notSupported);
     result.mutable_command_result()->set_handler_status(0);
     send(result);
-    if (command.command() == seek)
+    if (done && command.command() == int(Command::seek))
         tellPlayer(context_.player.state() == State::paused ? paused : playing,
                    command.options().playback_position());
     return {};
 }
 
+bool RemoteStream::refusesCommands() const {
+    return context_.numberOf(Misbehaviour::mutesRemote) > 0;
+}
+
 bool RemoteStream::steer(int command, const remote::SendCommand& options) {
-    if (command == play || command == pause) {
-        context_.player.setRate(command == play ? 1 : 0);
-    } else if (command == stop) {
-        context_.player.stop();
-    } else if (command == seek && options.options().has_playback_position()) {
+    if (command == int(Command::play) || command == int(Command::pause)) {
+        context_.player.setRate(command == int(Command::play) ? 1 : 0);
+    } else if (command == int(Command::seek) && options.options().has_playback_position()) {
         context_.player.seek(options.options().playback_position());
     } else {
         return false;
@@ -234,8 +201,8 @@ void RemoteStream::introduce(int type, const std::string& identifier) {
 void RemoteStream::sendOddities() {
     constexpr int configureConnection = 120;
     constexpr int unheardOf = 321;
-    send(QByteArray::fromStdString(message(configureConnection).SerializeAsString()), {});
-    send({}, {message(unheardOf, std::string(3000, 'x')), message(configureConnection)});
+    send(QByteArray::fromStdString(message(configureConnection).SerializeAsString()));
+    send(packed(message(unheardOf, std::string(3000, 'x'))) + packed(message(configureConnection)));
 }
 
 void RemoteStream::tell(State state, const QString& reason) {
@@ -261,20 +228,18 @@ void RemoteStream::tellPlayer(int playbackState, double position) {
     Message state = message(setState);
     state.mutable_set_state()->set_playback_state(playbackState);
     setPath(*state.mutable_set_state()->mutable_player_path());
-    send({}, {update, state});
+    send(packed(update) + packed(state));
 }
 
 /// In two writes, which may well be two records.
-void RemoteStream::send(const QByteArray& raw, const QList<Message>& messages) {
-    if (!socket_ || silent_) return;
-    RemoteFrame frame{.isReply = false, .sequence = sequence_++, .payload = raw};
-    for (const Message& message : messages) {
-        const QByteArray bytes = QByteArray::fromStdString(message.SerializeAsString());
-        appendVarint(frame.payload, quint64(bytes.size()));
-        frame.payload += bytes;
-    }
-    const QByteArray bytes = frame.encoded();
-    waiting_[frame.sequence] =
+void RemoteStream::send(const QByteArray& messages) {
+    const bool isMute = context_.does(Misbehaviour::mutesRemote) && !refusesCommands();
+    if (!socket_ || silent_ || isMute) return;
+    const QByteArray body = Plist::encodeBinary(SessionMessages::wrapped(messages));
+    const quint64 sequence = sequence_++;
+    QByteArray bytes = DataFrame{DataFrame::Kind::message, sequence, body}.encoded();
+    bytes.replace(16, 4, "cmnd");  // receivers' own name of the command
+    waiting_[sequence] =
         context_.clock.after(replyDeadline, [this] { fail(u"a frame that nobody replies to"_s); });
     constexpr qsizetype half = 40;
     socket_->write(bytes.first(half));

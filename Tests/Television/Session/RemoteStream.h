@@ -1,9 +1,9 @@
 #pragma once
 
-#include "MediaRemote.pb.h"
+#include "Sender/Session/MediaRemote/DataFrame.h"
+#include "Sender/Session/MediaRemote/MediaRemote.h"
 #include "Television/Context.h"
 #include "Television/SealedSocket.h"
-#include "Television/Session/RemoteFrames.h"
 #include "Television/SimulatedPlayer.h"
 
 #include <QMap>
@@ -34,11 +34,12 @@ class RemoteStream : public QObject {
 
     void accept();
     void receive(const QByteArray& bytes);
-    [[nodiscard]] QString take(const RemoteFrame& frame);
-    [[nodiscard]] QString takeReply(quint64 sequence);
+    [[nodiscard]] QString take(const DataFrame& frame);
+    [[nodiscard]] QString takeReply(const DataFrame& frame);
     [[nodiscard]] QString take(const Message& message);
     [[nodiscard]] QString takeDeviceInfo(const Message& message);
     [[nodiscard]] QString takeCommand(const Message& message);
+    [[nodiscard]] bool refusesCommands() const;
     [[nodiscard]] bool steer(int command, const remote::SendCommand& options);
     void wake();
 
@@ -46,8 +47,8 @@ class RemoteStream : public QObject {
     void sendOddities();
     void tell(SimulatedPlayer::State state, const QString& reason);
     void tellPlayer(int playbackState, double position);
-    void send(const Message& message) { send(QByteArray(), {message}); }
-    void send(const QByteArray& raw, const QList<Message>& messages);
+    void send(const Message& message) { send(MediaRemote::packed(message)); }
+    void send(const QByteArray& messages);
     void expectHeartbeat();
     void fail(const QString& reason);
 
@@ -56,7 +57,7 @@ class RemoteStream : public QObject {
     quint64 seed_;
     QTcpServer server_;
     std::unique_ptr<SealedSocket> socket_;
-    QByteArray bytes_;
+    DataFrameReader frames_;
     bool introduced_ = false;
     bool connected_ = false;
     bool silent_ = false;

@@ -2,9 +2,7 @@
 
 #include "Sender/Plist.h"
 #include "Support/Seconds.h"
-#include "Television/Announcement.h"
 #include "Television/Responses.h"
-#include "Television/Session/QueueRequest.h"
 
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
@@ -24,27 +22,19 @@ constexpr int streamType = 130;
 }  // namespace
 
 const QList<SessionVerbs::Route> SessionVerbs::routes{
-    {"GET", "/info", &SessionVerbs::info},
-    {"SETUP", nullptr, &SessionVerbs::setUp},
-    {"RECORD", nullptr, &SessionVerbs::record},
-    {"TEARDOWN", nullptr, &SessionVerbs::tearDown},
-    {"GET_PARAMETER", nullptr, &SessionVerbs::parameter},
-    {"SET_PARAMETER", nullptr, &SessionVerbs::parameter},
-    {"POST", "/feedback", &SessionVerbs::feedback},
-    {"POST", "/command", &SessionVerbs::command},
-    {"POST", "/play", &SessionVerbs::play},
-    {"POST", "/rate", &SessionVerbs::play},
-    {"POST", "/scrub", &SessionVerbs::play},
-    {"POST", "/stop", &SessionVerbs::play},
-    {"POST", "/volume", &SessionVerbs::play},
-    {"PUT", "/setProperty", &SessionVerbs::play},
-    {"GET", "/playback-info", &SessionVerbs::play},
+    {"GET", "/info", &SessionVerbs::info},          {"SETUP", nullptr, &SessionVerbs::setUp},
+    {"RECORD", nullptr, &SessionVerbs::record},     {"TEARDOWN", nullptr, &SessionVerbs::tearDown},
+    {"POST", "/feedback", &SessionVerbs::feedback}, {"POST", "/command", &SessionVerbs::command},
+    {"POST", "/play", &SessionVerbs::play},         {"POST", "/rate", &SessionVerbs::play},
+    {"POST", "/scrub", &SessionVerbs::play},        {"POST", "/stop", &SessionVerbs::play},
+    {"PUT", "/setProperty", &SessionVerbs::play},   {"GET", "/playback-info", &SessionVerbs::play},
 };
 
-SessionVerbs::SessionVerbs(Context& context, PlayVerbs& verbs, ControlConnection& connection, Secret shared)
-    : context_(context), verbs_(verbs), connection_(connection), shared_(std::move(shared)) {}
+SessionVerbs::SessionVerbs(Context& context, PlayVerbs& verbs, SealedSocket& socket, Secret shared)
+    : context_(context), verbs_(verbs), socket_(socket), shared_(std::move(shared)) {}
 
 SessionVerbs::~SessionVerbs() {
+    verbs_.leave(this);
     if (counted_) context_.remotes -= 1;
 }
 
@@ -82,7 +72,7 @@ void SessionVerbs::setUp(const Request& request, const Reply& reply) {
 }
 
 void SessionVerbs::setUpSession(const QVariantMap& body, const Reply& reply) {
-    const auto setup = readSessionSetup(body, connection_.sender());
+    const auto setup = readSessionSetup(body, socket_.sender());
     if (!setup) return blame(reply, 400, setup.error());
     if (events_) return blame(reply, 455, u"a second session on the same connection"_s);
     if (const int status = refusal(*setup)) return reply(response(status));
@@ -111,7 +101,7 @@ void SessionVerbs::begin(const Reply& reply) {
         context_.remotes += 1;
     });
     if (setup_.timing != Timing::ntp) return confirm(reply);
-    timing_ = std::make_unique<TimingQueries>(context_, connection_.sender(), setup_.timingPort);
+    timing_ = std::make_unique<TimingQueries>(context_, socket_.sender(), setup_.timingPort);
     connect(timing_.get(), &TimingQueries::answered, this, [=, this] {
         holding_.cancel();
         confirm(reply);
@@ -141,21 +131,21 @@ void SessionVerbs::setUpStream(const QVariantMap& body, const Reply& reply) {
     if (!recording_) return blame(reply, 500, u"a stream before RECORD"_s);
     if (stream->remote != setup_.remoteOnly) return blame(reply, 400, u"a stream of the other session"_s);
     if (queue_ || remote_) return blame(reply, 400, u"a second stream"_s);
-    const bool knowsQueue = context_.options.hasQueue() && !context_.does(Misbehaviour::refusesStream);
-    if (!stream->remote && !knowsQueue) return reply(response(400));
+    if (!stream->remote && !context_.options.hasQueue()) return reply(response(400));
     const QVariantMap answer = stream->remote ? openRemote(stream->seed) : openQueue();
     reply(binaryResponse({{u"streams"_s, QVariantList{answer}}}));
 }
 
 QVariantMap SessionVerbs::openRemote(quint64 seed) {
     remote_ = std::make_unique<RemoteStream>(context_, shared_, seed);
-    connect(remote_.get(), &RemoteStream::ended, this, &SessionVerbs::end);
+    if (!context_.does(Misbehaviour::mutesRemote))
+        connect(remote_.get(), &RemoteStream::ended, this, &SessionVerbs::end);
     expectFeedback();
     return {{u"type"_s, streamType}, {u"streamID"_s, 1}, {u"dataPort"_s, remote_->port()}};
 }
 
 QVariantMap SessionVerbs::openQueue() {
-    queue_ = std::make_unique<QueueVerbs>(context_, *events_, connection_.sender());
+    queue_ = std::make_unique<QueueVerbs>(context_, *events_, socket_.sender());
     connect(queue_.get(), &QueueVerbs::started, this, [this] {
         context_.headless =
             setup_.timing == Timing::ntp && context_.options.isApples() && context_.remotes == 0;
@@ -200,12 +190,8 @@ void SessionVerbs::command(const Request& request, const Reply& reply) {
 
 void SessionVerbs::tearDown(const Request& /*request*/, const Reply& reply) {
     queue_.reset();
-    verbs_.leave(&connection_);
+    verbs_.leave(this);
     expecting_.cancel();
-    reply(response(200));
-}
-
-void SessionVerbs::parameter(const Request& /*request*/, const Reply& reply) {
     reply(response(200));
 }
 
@@ -220,8 +206,20 @@ void SessionVerbs::play(const Request& request, const Reply& reply) {
             headers.value("X-Apple-Session-ID").isEmpty())
             return blame(reply, 400, u"/play without protocol version, stream or session"_s);
         expectFeedback();
+        connect(&context_.player, &SimulatedPlayer::stateChanged, this, &SessionVerbs::tell,
+                Qt::UniqueConnection);
     }
-    verbs_.answer(&connection_, request, reply);
+    reply(verbs_.answer(this, request));
+}
+
+/// Of a movie that has no queue.
+void SessionVerbs::tell(SimulatedPlayer::State state, const QString& reason) {
+    QVariantMap event{{u"type"_s, u"playbackState"_s},
+                      {u"name"_s, SimulatedPlayer::eventName(state)},
+                      {u"position"_s, context_.player.position()}};
+    if (reason == "ended"_L1) event.insert(u"reason"_s, reason);
+    const bool isTold = state != SimulatedPlayer::State::idle || reason == "ended"_L1;
+    if (isTold && !over_) events_->send(event);
 }
 
 /// Where there is a queue, these have become empty words.
@@ -238,7 +236,7 @@ void SessionVerbs::end() {
     for (Clock::Timer* timer : {&holding_, &expecting_, &dying_}) timer->cancel();
     if (remote_) remote_->close();
     if (events_) events_->close();
-    connection_.close();
+    socket_.close();
 }
 
 void SessionVerbs::blame(const Reply& reply, int status, const QString& reason) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Television/ControlConnection.h"
 #include "Television/PlayVerbs.h"
+#include "Television/SealedSocket.h"
 #include "Television/Session/EventPort.h"
 #include "Television/Session/QueueVerbs.h"
 #include "Television/Session/RemoteStream.h"
@@ -20,7 +20,7 @@ class SessionVerbs : public QObject {
 
   public:
     /// `shared` is what the connection's keys come from.
-    SessionVerbs(Context& context, PlayVerbs& verbs, ControlConnection& connection, Secret shared);
+    SessionVerbs(Context& context, PlayVerbs& verbs, SealedSocket& socket, Secret shared);
     ~SessionVerbs() override;
 
     void answer(const Request& request, const Reply& reply);
@@ -50,12 +50,12 @@ class SessionVerbs : public QObject {
     void feedback(const Request& request, const Reply& reply);
     void command(const Request& request, const Reply& reply);
     void tearDown(const Request& request, const Reply& reply);
-    void parameter(const Request& request, const Reply& reply);
     void play(const Request& request, const Reply& reply);
 
     [[nodiscard]] int refusal(const SessionSetup& setup) const;
     void begin(const Reply& reply);
     void confirm(const Reply& reply);
+    void tell(SimulatedPlayer::State state, const QString& reason);
     void playOldWay(const Request& request, const Reply& reply);
     void expectFeedback();
     void end();
@@ -63,7 +63,7 @@ class SessionVerbs : public QObject {
 
     Context& context_;
     PlayVerbs& verbs_;
-    ControlConnection& connection_;
+    SealedSocket& socket_;
     Secret shared_;
     SessionSetup setup_;
     std::unique_ptr<EventPort> events_;

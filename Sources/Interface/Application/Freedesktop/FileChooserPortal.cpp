@@ -84,6 +84,13 @@ FileChooserPortal::FileChooserPortal(QDBusConnection bus, QObject* parent)
 
 void FileChooserPortal::ask(const Question& question, Answered answered) {
     cancel();
+    if (!bus_.isConnected()) {
+        const auto tell = [answered = std::move(answered)] {
+            answered(std::unexpected(Unavailable::noPortal));
+        };
+        QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+        return;
+    }
     answered_ = std::move(answered);
     static int count = 0;
     const QString token = u"velmora%1"_s.arg(++count);

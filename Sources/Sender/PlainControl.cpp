@@ -98,6 +98,10 @@ QCoro::Task<VideoControl::Outcome> PlainControl::play(Movie movie) {
     Request play = request("POST", "/play");
     play.headers.append("Content-Type", isText ? "text/parameters" : "application/x-apple-binary-plist");
     play.body = isText ? playText(movie) : playBody(movie, session_);
+    // One receiver now and then shows the subtitles that were on before also where the next movie has them
+    // off.
+    if (hasMovie_) co_await stop();
+    hasMovie_ = true;
     for (int attempt = 1;; ++attempt) {
         const Connection::Answer answer = co_await send(play, playDeadline);
         const Outcome outcome = outcomeOf(answer);
@@ -117,6 +121,7 @@ QCoro::Task<VideoControl::Outcome> PlainControl::seek(double seconds) {
 }
 
 QCoro::Task<VideoControl::Outcome> PlainControl::stop() {
+    hasMovie_ = false;
     return post("/stop");
 }
 

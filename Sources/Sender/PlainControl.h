@@ -52,6 +52,7 @@ class PlainControl : public VideoControl, public std::enable_shared_from_this<Pl
     std::unique_ptr<EventConnection> events_;
     std::shared_ptr<Heartbeat> heartbeat_;
     Nap nap_;
+    bool hasMovie_ = false;  // was told to play, and not to stop
     bool closed_ = false;
 };
 

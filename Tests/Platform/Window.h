@@ -9,6 +9,8 @@
 #include "Playback/BackgroundServices.h"
 #include "Playback/Session.h"
 #include "Sender/Discovery/Discovery.h"
+#include "Sender/Discovery/KnownReceivers.h"
+#include "Sender/SettingsVault.h"
 #include "Support/VirtualClock.h"
 #include "Television/Television.h"
 
@@ -25,8 +27,12 @@ class Process {
   public:
     FastClock clock{5};
     Discovery discovery{clock};
-    TelevisionNetwork televisions{clock, discovery, {}};
     SettingsFile settings{QStringLiteral("window-story")};
+    SettingsFile secrets{QStringLiteral("window-story.secrets")};
+    KnownReceivers known{settings};
+    CredentialStore credentials{clock, nullptr, std::make_unique<SettingsVault>(secrets)};
+    ReceiverMemory memory{&credentials, &known};
+    TelevisionNetwork televisions{clock, discovery, memory};
     LinuxPlayerFactory players{
         clock, {.makeLocal = MpvPlayer::maker({.isMute = true, .hardwareDecoding = QStringLiteral("no")})}};
     LoginManager power{

@@ -13,11 +13,13 @@ FocusScope {
     property Item liveLayer: null
     readonly property bool isTargeted: drop.containsDrag
     // While it is, space and arrows belong to what is open.
-    readonly property bool isModal: mainPopup.visible || movieScreen.isModal
+    readonly property bool isModal: mainPopup.visible || (movieScreen !== null && movieScreen.isModal)
     readonly property bool isEmpty: movie.screen === MovieScreenModel.Empty
     readonly property Inks inks: movie.hasPoster && !isEmpty ? Theme.imagery : Theme.window
-    readonly property alias movieScreen: movieScreen
+    // Null until there has been a movie, or a first picture of the window.
+    readonly property MovieScreen movieScreen: movieLoader.item as MovieScreen
     property bool showsDrop: isTargeted
+    property bool hasAppeared: false
 
     function openMainMenu() {
         if (mainMenu)
@@ -78,18 +80,46 @@ FocusScope {
         }
 
         ScreenLayer {
+            id: movieLayer
+
             isShown: content.movie.screen === MovieScreenModel.Movie
             motion: Theme.screenMotion
 
-            MovieScreen {
-                id: movieScreen
+            // A third of what a window takes to appear. Without a movie it comes after that, piece by piece.
+            Loader {
+                id: movieLoader
+
+                readonly property bool isWanted: movieLayer.isShown || content.hasAppeared
+
+                function load() {
+                    if (!isWanted || status !== Loader.Null)
+                        return;
+                    setSource("MovieScreen.qml", {
+                        focus: true,
+                        movie: content.movie,
+                        routes: content.routes,
+                        inks: content.inks
+                    });
+                }
 
                 anchors.fill: parent
                 focus: true
-                movie: content.movie
-                routes: content.routes
-                inks: content.inks
-                liveLayer: content.liveLayer
+                asynchronous: !movieLayer.isShown
+                onIsWantedChanged: load()
+                onLoaded: {
+                    const screen = item as MovieScreen;
+                    screen.inks = Qt.binding(() => content.inks);
+                    screen.liveLayer = Qt.binding(() => content.liveLayer);
+                }
+                Component.onCompleted: load()
+            }
+
+            Connections {
+                target: content.hasAppeared ? null : content.Window.window
+
+                function onFrameSwapped() {
+                    content.hasAppeared = true;
+                }
             }
         }
 

@@ -8,13 +8,10 @@ Item {
 
     required property MovieScreenModel movie
     property Inks inks: Theme.window
-    // Given by the window: shows the player's own picture while it is visible. Its implicit size is empty until
-    // there is something to see.
-    property Item liveLayer: null
+    // Given by the window: shows the player's own picture.
+    property Component liveLayer: null
     readonly property bool showsLive: movie.showsLiveFrame && liveLayer !== null && !movie.isDragging
-    readonly property bool hasLive: showsLive && liveLayer.implicitHeight > 0
-    readonly property bool hasPicture: picture.hasImage || hasLive
-    readonly property real ratio: picture.hasImage ? picture.ratio : hasLive ? liveLayer.implicitWidth / liveLayer.implicitHeight : 16 / 9
+    readonly property real ratio: picture.hasImage ? picture.ratio : 16 / 9
     readonly property bool isUnderPointer: pointer.hovered
     readonly property real pictureWidth: Math.round(Math.min(width, height * ratio))
     readonly property real pictureHeight: Math.round(Math.min(height, width / ratio))
@@ -38,7 +35,7 @@ Item {
             width: parent.width + 2 * spread
             height: parent.height + 2 * spread
             opacity: 0.38
-            visible: still.hasPicture
+            visible: picture.hasImage
         }
 
         Item {
@@ -52,7 +49,7 @@ Item {
             Rectangle {
                 anchors.fill: parent
                 radius: 10
-                visible: !still.hasPicture
+                visible: !picture.hasImage
                 border.width: 1
                 border.color: Theme.line
 
@@ -68,7 +65,7 @@ Item {
                 height: 26
                 name: "film"
                 color: Theme.window.text2
-                visible: !still.hasPicture && !disc.visible
+                visible: !picture.hasImage && !disc.visible && !still.showsLive
             }
 
             RoundedPicture {
@@ -76,22 +73,13 @@ Item {
 
                 anchors.fill: parent
                 image: still.movie.stillPicture
+                edge: Theme.imagery.line
             }
 
-            Item {
+            Loader {
                 anchors.fill: parent
-                visible: still.showsLive
-                children: still.liveLayer ? [still.liveLayer] : []
-            }
-
-            // The same around both.
-            Rectangle {
-                anchors.fill: parent
-                radius: 10
-                visible: still.hasPicture
-                color: "transparent"
-                border.width: 1
-                border.color: Theme.imagery.line
+                active: still.showsLive
+                sourceComponent: still.liveLayer
             }
         }
 

@@ -14,7 +14,6 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QLocale>
-#include <QQuickWindow>
 
 #include <clocale>
 #include <cstdio>
@@ -104,8 +103,6 @@ int main(int argc, char** argv) {
     if (const auto status = answerAtOnce(argc, argv)) return *status;
     qInstallMessageHandler(logRemark);
     QGuiApplication::setDesktopFileName(u"com.quillet.velmora"_s);
-    // What the movie's pictures can be drawn with; without it, Qt and they go on on the processor.
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL);
     QGuiApplication application(argc, argv);
     // The media player reads and writes numbers as the C locale does.
     std::setlocale(LC_NUMERIC, "C");

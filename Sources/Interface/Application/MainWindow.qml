@@ -56,7 +56,9 @@ T.ApplicationWindow {
 
             Shortcut {
                 sequence: key.shortcut
-                enabled: key.available && !(key.yieldsToPopups && window.isModal)
+                // The toolkit keeps a window's own shortcuts from it while a popup is open.
+                context: Qt.ApplicationShortcut
+                enabled: window.active && key.available && !(key.yieldsToPopups && window.isModal)
                 autoRepeat: key.repeats
                 onActivated: window.controller.commands.trigger(key.index)
             }

@@ -60,6 +60,7 @@ Window {
             highest: frame.height
             lowest: 36
             activeFocusOnTab: true
+            name: qsTr("Places")
             rows: window.browser.places
             onActiveFocusChanged: current = activeFocus ? rows.first() : -1
         }
@@ -117,6 +118,7 @@ Window {
                 lowest: 36
                 focus: true
                 activeFocusOnTab: true
+                name: window.browser.name
                 rows: window.browser.contents
                 onActiveFocusChanged: current = activeFocus ? rows.first() : -1
                 Component.onCompleted: forceActiveFocus()

@@ -18,9 +18,13 @@ struct Texts {
     Q_DECLARE_TR_FUNCTIONS(Updater)
 };
 
+bool isTooLong(const QNetworkReply& reply) {
+    return reply.bytesAvailable() > UpdateFeed::maxSize;
+}
+
 UpdateSource::Answer answer(QNetworkReply& reply) {
-    if (reply.error() == QNetworkReply::NoError) return reply.readAll();
-    logger().error(u"update check: "_s + reply.errorString());
+    if (reply.error() == QNetworkReply::NoError && !isTooLong(reply)) return reply.readAll();
+    logger().error(u"update check: "_s + (isTooLong(reply) ? u"too long an answer"_s : reply.errorString()));
     return std::unexpected(
         Texts::tr("The update server could not be reached. Check the network and try again."));
 }
@@ -40,8 +44,10 @@ void HttpsUpdateSource::fetch(const QUrl& feed, Fetched fetched) {
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     if (feed.scheme() != "https"_L1) request.setUrl({});  // fails like any address that cannot be reached
     QNetworkReply* reply = network_.get(request);
-    QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [reply](qint64 received) {
-        if (received > UpdateFeed::maxSize) reply->abort();
+    // One byte more is too many already; what comes after it is left on the server.
+    reply->setReadBufferSize(UpdateFeed::maxSize + 1);
+    QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply] {
+        if (isTooLong(*reply)) reply->abort();
     });
     QObject::connect(reply, &QNetworkReply::finished, reply, [reply, fetched = std::move(fetched)] {
         fetched(answer(*reply));

@@ -40,6 +40,8 @@ DialogFrame {
 
         function onWrongAnswered() {
             dialog.wasWrong = true;
+            // Whoever types on at once begins a new code.
+            code.selectAll();
             clearing.restart();
         }
     }

@@ -17,6 +17,10 @@ FocusScope {
         input.text = "";
     }
 
+    function selectAll() {
+        input.selectAll();
+    }
+
     implicitWidth: cells.implicitWidth
     implicitHeight: cells.implicitHeight
     LayoutMirroring.enabled: false
@@ -27,7 +31,12 @@ FocusScope {
 
         anchors.fill: parent
         focus: true
-        opacity: 0
+        // The cells show what is typed. Screen readers pass over what has no opacity.
+        color: "transparent"
+        selectionColor: "transparent"
+        selectedTextColor: "transparent"
+        cursorDelegate: Item {
+        }
         readOnly: !field.canType
         maximumLength: 4
         inputMethodHints: Qt.ImhDigitsOnly

@@ -146,6 +146,7 @@ FocusScope {
         id: mainPopup
 
         opener: mainButton
+        name: mainButton.name
         rows: content.mainMenu
         opensDown: true
         lowest: 36

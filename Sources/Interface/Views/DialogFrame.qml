@@ -103,6 +103,7 @@ PopupFrame {
                 horizontalAlignment: Text.AlignHCenter
                 Accessible.role: Accessible.AlertMessage
                 Accessible.name: dialog.error
+                Accessible.ignored: dialog.error.length === 0
             }
 
             Item {

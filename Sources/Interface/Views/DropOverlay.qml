@@ -4,6 +4,8 @@ import Velmora.Views
 // Over the whole window while a drag is over it.
 Rectangle {
     color: Theme.dropTint
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: words.text
 
     Rectangle {
         anchors.fill: parent
@@ -27,6 +29,8 @@ Rectangle {
         }
 
         Words {
+            id: words
+
             anchors.horizontalCenter: parent.horizontalCenter
             line: Theme.headingLine
             text: qsTr("Drop to Open")

@@ -67,6 +67,8 @@ FocusScope {
             text: qsTr("Any MKV or MP4, or the folder it came in.\nSubtitles next to the file come along.")
             color: Theme.window.text2
             horizontalAlignment: Text.AlignHCenter
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
         }
 
         Item {

@@ -8,6 +8,8 @@ FocusScope {
 
     required property MenuRows rows
     property string heading
+    // What it is called where no heading says so.
+    property string name: heading
     property string footer
     property string footerSymbol
     property int lowest: 44
@@ -60,7 +62,7 @@ FocusScope {
     implicitHeight: fixedHeight + list.height
     focus: true
     Accessible.role: Accessible.PopupMenu
-    Accessible.name: heading
+    Accessible.name: name
 
     Keys.onUpPressed: step(-1)
     Keys.onDownPressed: step(1)
@@ -134,6 +136,7 @@ FocusScope {
             padding: 2
             policy: T.ScrollBar.AlwaysOn
             implicitWidth: 8
+            Accessible.ignored: true
 
             contentItem: Rectangle {
                 implicitWidth: 4

@@ -8,6 +8,7 @@ PopupFrame {
     required opener
     required property MenuRows rows
     property alias heading: list.heading
+    property alias name: list.name
     property alias footer: list.footer
     property alias footerSymbol: list.footerSymbol
     property alias lowest: list.lowest

@@ -240,6 +240,7 @@ FocusScope {
         id: media
 
         opener: mediaButton
+        name: mediaButton.name
         rows: screen.movie.mediaRows
         isAtLeadingEdge: true
         lowest: 36

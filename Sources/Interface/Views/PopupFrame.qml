@@ -21,6 +21,8 @@ T.Popup {
     margins: 0
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
 
+    // Otherwise the frame would be a dialog without a name around what says itself what it is.
+    Component.onCompleted: contentItem.parent.Accessible.ignored = true
     onClosed: {
         const focused = parent.Window.activeFocusItem;
         const isNowhere = focused === null || focused === parent.Window.contentItem;

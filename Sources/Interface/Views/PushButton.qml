@@ -15,6 +15,10 @@ T.AbstractButton {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     Accessible.name: text
+    Accessible.onPressAction: {
+        if (enabled)
+            button.clicked();
+    }
 
     Keys.onReturnPressed: button.clicked()
     Keys.onEnterPressed: button.clicked()

@@ -10,8 +10,8 @@ Item {
     readonly property bool canSeek: movie.canControl && movie.duration > 0
     readonly property bool isTall: canSeek && (movie.isPointing || activeFocus)
     readonly property real pointedX: xOf(movie.pointedTime)
-    // For screen readers.
-    readonly property real value: movie.position
+    // For screen readers, which set the value too.
+    property real value: movie.position
     readonly property real minimumValue: 0
     readonly property real maximumValue: movie.duration
     readonly property real stepSize: 10
@@ -27,6 +27,12 @@ Item {
 
     enabled: canSeek
     activeFocusOnTab: true
+    onValueChanged: {
+        if (value === movie.position)
+            return;
+        movie.seekBy(value - movie.position);
+        value = Qt.binding(() => movie.position);
+    }
     Accessible.role: Accessible.Slider
     Accessible.name: qsTr("Timeline")
     Accessible.description: movie.spokenPosition
@@ -113,6 +119,11 @@ Item {
                 scrubber.movie.drag(scrubber.timeAt(event.x));
             else
                 scrubber.movie.point(scrubber.timeAt(event.x));
+        }
+        // A pointer that has jumped here rests without moving.
+        onEntered: {
+            if (!pressed)
+                scrubber.movie.point(scrubber.timeAt(mouseX));
         }
         onPressed: event => scrubber.movie.drag(scrubber.timeAt(event.x))
         onReleased: {

@@ -53,6 +53,7 @@ Rectangle {
             focusPolicy: Qt.StrongFocus
             hoverEnabled: true
             Accessible.name: copied.running ? qsTr("Copied") : qsTr("Copy the command %1").arg(notice.command)
+            Accessible.onPressAction: chip.clicked()
             Keys.onReturnPressed: chip.clicked()
             Keys.onEnterPressed: chip.clicked()
             onClicked: {

@@ -94,6 +94,7 @@ TEST_F(Program, AnswersWithoutAWindow) {
     EXPECT_TRUE(run({u"--help"_s}).second.contains("--new-window"));
     EXPECT_TRUE(run({u"--version"_s}).second.startsWith("velmora "));
     EXPECT_EQ(run({u"--nonsense"_s}).first, 2);
+    EXPECT_EQ(run({u"-platform"_s, u"xcb"_s, u"-display"_s, u":nowhere"_s}).first, 1) << "no desktop";
 }
 
 }  // namespace

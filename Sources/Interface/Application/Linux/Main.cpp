@@ -4,8 +4,8 @@
 #include "Interface/Application/LaunchOptions.h"
 #include "Interface/Application/Linux/EndRequests.h"
 #include "Interface/Application/Linux/LinuxWorld.h"
-#include "Interface/Translations/Translation.h"
 #include "Interface/Application/VelmoraApp.h"
+#include "Interface/Translations/Translation.h"
 #include "Interface/Updater/HttpsUpdateSource.h"
 #include "Interface/Updater/Installation.h"
 
@@ -17,6 +17,7 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -32,13 +33,24 @@ int explain(int status, const QString& problem) {
     return status;
 }
 
+/// While the toolkit looks for a screen.
+bool isStarting = false;
+
 /// Qt's own remarks belong into the log.
 void logRemark(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
     if (type == QtDebugMsg || type == QtInfoMsg)
         logger().notice(message);
     else
         logger().error(message);
-    if (type == QtFatalMsg) std::fprintf(stderr, "velmora: %s\n", qPrintable(message));
+    if (type != QtFatalMsg) return;
+    // Nothing that is wrong with the program, hence no memory image.
+    if (isStarting) {
+        logger().finish();
+        std::_Exit(explain(failedStatus,
+                           u"there is no desktop to open a window on. "
+                           "For the terminal there is velmora-cast."_s));
+    }
+    explain(failedStatus, message);
 }
 
 /// What needs no screen is done without one. Nothing when the arguments ask for more, or make no sense yet:
@@ -103,7 +115,9 @@ int main(int argc, char** argv) {
     if (const auto status = answerAtOnce(argc, argv)) return *status;
     qInstallMessageHandler(logRemark);
     QGuiApplication::setDesktopFileName(u"com.quillet.velmora"_s);
+    isStarting = true;
     QGuiApplication application(argc, argv);
+    isStarting = false;
     // The media player reads and writes numbers as the C locale does.
     std::setlocale(LC_NUMERIC, "C");
     speak(application, QLocale().uiLanguages(), u":/translations"_s);

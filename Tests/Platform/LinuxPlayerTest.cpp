@@ -360,6 +360,13 @@ TEST_F(LinuxPlayerTest, SelectedTracksAreThoseOnTheTelevision) {
     clock.advance(5s);
     EXPECT_EQ(published.back(), languages(2, 2));
     EXPECT_EQ(player->timeControlStatus(), Status::paused);
+
+    // What is closed meanwhile has no tracks to choose.
+    item->select(std::nullopt, Kind::legible);
+    tv().latency = [](const QString& verb) { return verb == u"stop"_s ? 3s : 10ms; };
+    context.endPlayback();
+    clock.advance(5s);
+    EXPECT_EQ(published.back(), languages(2, 2));
 }
 
 TEST_F(LinuxPlayerTest, ItemsNameTheirTracks) {

@@ -148,6 +148,7 @@ void RemoteOutput::seek(double seconds) {
 }
 
 void RemoteOutput::chooseTracks(const TrackChoice& tracks) {
+    if (!begun_) return;
     begun_->item.tracks = tracks;
     if (!own_) playback_->chooseTracks(tracks);
 }

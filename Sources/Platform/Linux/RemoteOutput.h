@@ -52,7 +52,8 @@ class RemoteOutput : public QObject {
     void resume();
     /// Seconds.
     void seek(double seconds);
-    /// Takes part in the first start where that is still to come, else as of `RemotePlayback`.
+    /// Takes part in the first start where that is still to come, else as of `RemotePlayback`. Without effect
+    /// when nothing was begun.
     void chooseTracks(const TrackChoice& tracks);
 
     [[nodiscard]] RemotePlayback::State state() const;

@@ -1,10 +1,9 @@
 // The local player over real movies, with real decoding and no sound device.
+#include "Platform/Linux/MpvPicture.h"
 #include "Platform/Linux/MpvPlayer.h"
 #include "Platform/WaitFor.h"
 
 #include <gmock/gmock.h>
-#include <mpv/client.h>
-#include <mpv/render.h>
 
 namespace velmora {
 namespace {
@@ -47,34 +46,16 @@ class MpvPlayerTest : public testing::Test {
 /// Draws what a window would show.
 class Canvas {
   public:
-    explicit Canvas(MpvPlayer& player) : player_(player) {
-        std::string api = MPV_RENDER_API_TYPE_SW;
-        mpv_render_param parameters[] = {{MPV_RENDER_PARAM_API_TYPE, api.data()}, {}};
-        EXPECT_EQ(mpv_render_context_create(&context_, player.handle(), parameters), 0);
-        player.setDraws(true);
-    }
-    ~Canvas() {
-        player_.setDraws(false);
-        mpv_render_context_free(context_);
-    }
+    explicit Canvas(MpvPlayer& player) : picture_(MpvPicture::inMemory(player.handle(), [] {})) {}
 
     QByteArray picture() {
-        int size[] = {160, 90};
-        std::size_t stride = 640;
         QByteArray pixels(640 * 90, '\0');
-        std::string format = "bgr0";
-        mpv_render_param parameters[] = {{MPV_RENDER_PARAM_SW_SIZE, size},
-                                         {MPV_RENDER_PARAM_SW_FORMAT, format.data()},
-                                         {MPV_RENDER_PARAM_SW_STRIDE, &stride},
-                                         {MPV_RENDER_PARAM_SW_POINTER, pixels.data()},
-                                         {}};
-        EXPECT_EQ(mpv_render_context_render(context_, parameters), 0);
+        EXPECT_TRUE(picture_->draw(reinterpret_cast<uchar*>(pixels.data()), {160, 90}, 640));
         return pixels;
     }
 
   private:
-    MpvPlayer& player_;
-    mpv_render_context* context_ = nullptr;
+    std::unique_ptr<MpvPicture> picture_;
 };
 
 TEST_F(MpvPlayerTest, LoadsPausedSeeksPlaysAndEnds) {

@@ -3,9 +3,12 @@
 #include <functional>
 #include <memory>
 
+class QQuickItem;
+
 namespace velmora {
 
 class OutputContext;
+class Player;
 class Televisions;
 struct World;
 
@@ -36,6 +39,11 @@ class ApplicationWorld {
 
     [[nodiscard]] virtual World& world() = 0;
     [[nodiscard]] virtual std::unique_ptr<WindowWorld> makeWindowWorld() = 0;
+
+    /// Shows what the player shows on this computer, whole, in the middle of the item and with the still's
+    /// round corners. The implicit size is the picture's; until there is one, it is empty and nothing is
+    /// drawn. There is to be one at a time for a player. Null where the player has no pictures.
+    [[nodiscard]] virtual std::unique_ptr<QQuickItem> makeLivePicture(Player& player) = 0;
 };
 
 }  // namespace velmora

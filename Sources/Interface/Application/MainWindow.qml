@@ -26,6 +26,11 @@ T.ApplicationWindow {
         movie: window.controller.movie
         routes: window.controller.routes
         mainMenu: window.controller.menu
+
+        liveLayer: LiveLayer {
+            anchors.fill: parent
+            controller: window.controller
+        }
     }
 
     MessageDialog {

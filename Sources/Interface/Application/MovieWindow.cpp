@@ -84,6 +84,10 @@ bool MovieWindow::shows(const QUrl& location) const {
     return standardized(*source) == wanted || (source == openedSource_ && standardized(*movie_) == wanted);
 }
 
+std::unique_ptr<QQuickItem> MovieWindow::makeLivePicture() {
+    return session_.player() ? common_.world.makeLivePicture(*session_.player()) : nullptr;
+}
+
 void MovieWindow::showMessage(const Updater::Outcome& message) {
     message_ = message;
     Q_EMIT messageChanged();

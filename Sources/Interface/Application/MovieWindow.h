@@ -11,6 +11,7 @@
 #include "Playback/Session.h"
 
 #include <QObject>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <QUrl>
 #include <QtQml/qqmlregistration.h>
@@ -69,6 +70,8 @@ class MovieWindow : public QObject {
     [[nodiscard]] Session& session() { return session_; }
     /// Outlives the window where somebody keeps it.
     [[nodiscard]] const std::shared_ptr<WindowWorld>& world() const { return world_; }
+    /// Of the session's player; see `ApplicationWorld::makeLivePicture`.
+    [[nodiscard]] std::unique_ptr<QQuickItem> makeLivePicture();
     [[nodiscard]] QQuickWindow& window() { return *window_; }
     [[nodiscard]] CommandModel* commands() { return &commands_; }
     [[nodiscard]] MenuRows* menu() { return &menu_; }

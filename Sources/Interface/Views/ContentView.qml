@@ -9,8 +9,8 @@ FocusScope {
     required property RoutePickerModel routes
     // The rows of the main menu; without them there is no button for it.
     property MenuRows mainMenu: null
-    // Shows the player's own picture in the still.
-    property Component liveLayer: null
+    // Shows the player's own picture, in the still and while it is visible there.
+    property Item liveLayer: null
     readonly property bool isTargeted: drop.containsDrag
     // While it is, space and arrows belong to what is open.
     readonly property bool isModal: mainPopup.visible || (movieScreen !== null && movieScreen.isModal)

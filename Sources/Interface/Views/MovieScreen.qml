@@ -8,7 +8,7 @@ FocusScope {
     required property MovieScreenModel movie
     required property RoutePickerModel routes
     property Inks inks: Theme.window
-    property Component liveLayer: null
+    property Item liveLayer: null
     readonly property bool isModal: media.visible || picker.isModal
     readonly property alias timeline: timeline
     readonly property alias playButton: play

@@ -8,10 +8,13 @@ Item {
 
     required property MovieScreenModel movie
     property Inks inks: Theme.window
-    // Given by the window: shows the player's own picture.
-    property Component liveLayer: null
+    // Given by the window: shows the player's own picture while it is visible. Its implicit size is empty until
+    // there is something to see.
+    property Item liveLayer: null
     readonly property bool showsLive: movie.showsLiveFrame && liveLayer !== null && !movie.isDragging
-    readonly property real ratio: picture.hasImage ? picture.ratio : 16 / 9
+    readonly property bool hasLive: showsLive && liveLayer.implicitHeight > 0
+    readonly property bool hasPicture: picture.hasImage || hasLive
+    readonly property real ratio: picture.hasImage ? picture.ratio : hasLive ? liveLayer.implicitWidth / liveLayer.implicitHeight : 16 / 9
     readonly property bool isUnderPointer: pointer.hovered
     readonly property real pictureWidth: Math.round(Math.min(width, height * ratio))
     readonly property real pictureHeight: Math.round(Math.min(height, width / ratio))
@@ -35,7 +38,7 @@ Item {
             width: parent.width + 2 * spread
             height: parent.height + 2 * spread
             opacity: 0.38
-            visible: picture.hasImage
+            visible: still.hasPicture
         }
 
         Item {
@@ -49,7 +52,7 @@ Item {
             Rectangle {
                 anchors.fill: parent
                 radius: 10
-                visible: !picture.hasImage
+                visible: !still.hasPicture
                 border.width: 1
                 border.color: Theme.line
 
@@ -65,7 +68,7 @@ Item {
                 height: 26
                 name: "film"
                 color: Theme.window.text2
-                visible: !picture.hasImage && !disc.visible && !still.showsLive
+                visible: !still.hasPicture && !disc.visible
             }
 
             RoundedPicture {
@@ -73,13 +76,22 @@ Item {
 
                 anchors.fill: parent
                 image: still.movie.stillPicture
-                edge: Theme.imagery.line
             }
 
-            Loader {
+            Item {
                 anchors.fill: parent
-                active: still.showsLive
-                sourceComponent: still.liveLayer
+                visible: still.showsLive
+                children: still.liveLayer ? [still.liveLayer] : []
+            }
+
+            // The same around both.
+            Rectangle {
+                anchors.fill: parent
+                radius: 10
+                visible: still.hasPicture
+                color: "transparent"
+                border.width: 1
+                border.color: Theme.imagery.line
             }
         }
 

@@ -1,6 +1,6 @@
 #include "Platform/Linux/MpvPlayer.h"
 
-#include "Diagnostics/Log.h"
+#include "Platform/Linux/MpvCore.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -9,10 +9,8 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <clocale>
 #include <utility>
-#include <vector>
 
 namespace velmora {
 
@@ -25,105 +23,44 @@ struct Texts {
     Q_DECLARE_TR_FUNCTIONS(Player)
 };
 
-/// From any thread. Null when mpv does not start.
-mpv_handle* startMpv(const MpvPlayer::Options& options) {
-    mpv_handle* const mpv = mpv_create();
-    if (!mpv) {
-        logger().error(u"player: libmpv does not start"_s);
-        return nullptr;
-    }
-    const std::pair<const char*, QByteArray> settings[] = {
-        {"config", "no"},
-        {"terminal", "no"},
-        {"load-scripts", "no"},
-        // Its own scripts, each of which has a thread and an interpreter.
-        {"load-auto-profiles", "no"},
-        {"load-osd-console", "no"},
-        {"load-stats-overlay", "no"},
-        {"ytdl", "no"},
-        // A movie is one file; whatever else it names is not to be opened on its word.
-        {"access-references", "no"},
-        {"ordered-chapters", "no"},
-        {"osc", "no"},
-        {"osd-level", "0"},
-        {"idle", "yes"},
-        {"pause", "yes"},
-        {"keep-open", "yes"},
-        {"hr-seek", "yes"},
-        // Without it a seek to just before an open group of pictures lands some frames late.
-        {"hr-seek-demuxer-offset", "0.25"},
-        // Files beside the movie are in it already, where they belong to it.
-        {"sub-auto", "no"},
-        {"audio-file-auto", "no"},
-        {"cover-art-auto", "no"},
-        {"audio-client-name", "Velmora"},
-        {"audio-fallback-to-null", "yes"},
-        {"vo", "null"},
-        {"hwdec", options.hardwareDecoding.toUtf8()},
-    };
-    for (const auto& [name, value] : settings) mpv_set_option_string(mpv, name, value.constData());
-    if (options.isMute) mpv_set_option_string(mpv, "ao", "null");
-    if (const int error = mpv_initialize(mpv); error < 0) {
-        logger().error(u"player: libmpv does not start: "_s + QString::fromUtf8(mpv_error_string(error)));
-        mpv_terminate_destroy(mpv);
-        return nullptr;
-    }
-    mpv_request_log_messages(mpv, "error");
-    mpv_observe_property(mpv, 0, "time-pos", MPV_FORMAT_DOUBLE);
-    mpv_observe_property(mpv, 0, "eof-reached", MPV_FORMAT_FLAG);
-    return mpv;
-}
-
-/// On another thread, too, since it waits for all of mpv's own. The process does not end before.
-void endMpv(mpv_handle* mpv) {
-    static std::vector<std::future<void>> ends;
-    std::erase_if(ends, [](const std::future<void>& end) {
-        return end.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
-    });
-    ends.push_back(std::async(std::launch::async, [mpv] { mpv_terminate_destroy(mpv); }));
-}
-
 }  // namespace
 
 MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : LocalEngine(parent), options_(options) {
     std::setlocale(LC_NUMERIC, "C");
+    MpvCore::quietenLibraries();
 }
 
 MpvPlayer::~MpvPlayer() {
-    if (starting_.valid()) mpv_ = starting_.get();
+    if (starting_.valid()) mpv_.reset(starting_.get(), MpvCore::end);
     if (!mpv_) return;
-    mpv_set_wakeup_callback(mpv_, nullptr, nullptr);
-    endMpv(mpv_);
+    mpv_set_wakeup_callback(mpv_.get(), nullptr, nullptr);
+    // Somebody may still have to take down what it draws with.
+    if (mpv_.use_count() > 1) send({"stop"}, Reply::none);
 }
 
 /// On another thread, as loading the library and starting it takes a good tenth of a second.
 void MpvPlayer::start() {
     if (mpv_ || starting_.valid()) return;
     starting_ = std::async(std::launch::async, [this] {
-        mpv_handle* const started = startMpv(options_);
+        mpv_handle* const made = MpvCore::start(options_.isMute, options_.hardwareDecoding);
         QMetaObject::invokeMethod(this, &MpvPlayer::takeStarted, Qt::QueuedConnection);
-        return started;
+        return made;
     });
 }
 
 void MpvPlayer::takeStarted() {
     if (!starting_.valid()) return;
-    mpv_ = starting_.get();
-    if (mpv_) {
+    if (mpv_handle* const made = starting_.get()) {
+        mpv_.reset(made, MpvCore::end);
         const auto wake = [](void* self) {
             auto* player = static_cast<MpvPlayer*>(self);
             QMetaObject::invokeMethod(player, &MpvPlayer::takeEvents, Qt::QueuedConnection);
         };
-        mpv_set_wakeup_callback(mpv_, wake, this);
+        mpv_set_wakeup_callback(made, wake, this);
         setKeepsLastPicture(keepsLastPicture_);
+        Q_EMIT started();
     }
     if (stage_ == Stage::loading) loadNow();
-}
-
-mpv_handle* MpvPlayer::handle() {
-    start();
-    takeStarted();
-    return mpv_;
 }
 
 void MpvPlayer::load(const QString& file) {
@@ -157,6 +94,7 @@ void MpvPlayer::reset() {
     hasEnded_ = isAsking_ = isSettling_ = isChangingTrack_ = haveTracksChanged_ = false;
     position_.reset();
     duration_.reset();
+    pictureSize_.reset();
     tracks_.clear();
     nextTrack_.fill(std::nullopt);
     answer(seeking_, false);
@@ -171,11 +109,6 @@ void MpvPlayer::setPaused(bool paused) {
 void MpvPlayer::setKeepsLastPicture(bool on) {
     keepsLastPicture_ = on;
     set("keep-open", on ? "yes" : "no", Reply::none);
-}
-
-void MpvPlayer::setDraws(bool on) {
-    // At once: whoever calls is about to free what mpv draws with, or has just made it.
-    if (mpv_) mpv_set_property_string(mpv_, "vo", on ? "libmpv" : "null");
 }
 
 std::optional<double> MpvPlayer::position() const {
@@ -240,13 +173,13 @@ void MpvPlayer::send(const QList<QByteArray>& words, Reply reply) {
     if (!mpv_) return;
     std::array<const char*, 8> pointers{};
     for (qsizetype index = 0; index < words.size(); ++index) pointers.at(index) = words[index].constData();
-    mpv_command_async(mpv_, tagged(reply), pointers.data());
+    mpv_command_async(mpv_.get(), tagged(reply), pointers.data());
 }
 
 void MpvPlayer::set(const char* property, const QByteArray& value, Reply reply) {
     if (!mpv_) return;
     const char* text = value.constData();
-    mpv_set_property_async(mpv_, tagged(reply), property, MPV_FORMAT_STRING, static_cast<void*>(&text));
+    mpv_set_property_async(mpv_.get(), tagged(reply), property, MPV_FORMAT_STRING, static_cast<void*>(&text));
 }
 
 }  // namespace velmora

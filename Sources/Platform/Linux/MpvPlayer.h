@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QObject>
+#include <QSize>
 #include <QString>
 
 #include <array>
@@ -21,7 +22,7 @@ struct mpv_handle;
 namespace velmora {
 
 /// Plays one file at a time on this computer, with libmpv, which is loaded for the first file. Main thread
-/// only; never waits for mpv, but for a moment in `handle`.
+/// only; never waits for mpv.
 ///
 /// mpv shows broken pictures when a track change and a seek overlap, so each waits for the one before, and
 /// the first seek after a track change is made twice.
@@ -31,6 +32,7 @@ class MpvPlayer : public LocalEngine {
   public:
     struct Options {
         bool isMute = false;  ///< no sound device is opened; time runs all the same
+        /// As mpv's `hwdec`; tried where there is a graphics processor.
         QString hardwareDecoding = QStringLiteral("auto-safe");
     };
 
@@ -57,11 +59,16 @@ class MpvPlayer : public LocalEngine {
     [[nodiscard]] QList<Track> tracks() const override { return tracks_; }
     void setKeepsLastPicture(bool on) override;
 
-    /// For whoever draws: make a render context of it, then call `setDraws(true)`; before freeing the
-    /// context, `setDraws(false)`. Until then pictures are decoded and not drawn. Starts mpv where no file
-    /// has done so yet; null when it does not start.
-    [[nodiscard]] mpv_handle* handle();
-    void setDraws(bool on);
+    /// As it is to be seen, upright and with square pixels. Absent until ready, and without a picture.
+    [[nodiscard]] std::optional<QSize> pictureSize() const { return pictureSize_; }
+
+    /// For whoever draws, see `MpvPicture`; until then pictures are decoded and not drawn. Null until
+    /// `started`. Whoever keeps it keeps mpv, which falls silent all the same once the player is gone.
+    [[nodiscard]] const std::shared_ptr<mpv_handle>& handle() const { return mpv_; }
+
+  Q_SIGNALS:
+    /// There is a `handle` now, and no file in it yet.
+    void started();
 
   private:
     enum class Stage { empty, loading, ready };
@@ -72,7 +79,7 @@ class MpvPlayer : public LocalEngine {
     };
 
     /// What an answer of mpv's is about.
-    enum class Reply { none, loading, seekSent, trackChanged, tracks, duration, position };
+    enum class Reply { none, loading, seekSent, trackChanged, tracks, picture, duration, position };
     static constexpr int replyBits = 4;
 
     void start();
@@ -97,7 +104,7 @@ class MpvPlayer : public LocalEngine {
 
     const Options options_;
     std::future<mpv_handle*> starting_;  ///< valid until its outcome is taken
-    mpv_handle* mpv_ = nullptr;
+    std::shared_ptr<mpv_handle> mpv_;
     QString file_;
     bool keepsLastPicture_ = true;
     Stage stage_ = Stage::empty;
@@ -109,6 +116,7 @@ class MpvPlayer : public LocalEngine {
     bool isAsking_ = false;    ///< for what there is to know of a loaded file
     std::optional<double> position_;
     std::optional<double> duration_;
+    std::optional<QSize> pictureSize_;
     QList<Track> tracks_;
 
     std::optional<WantedSeek> nextSeek_;

@@ -82,6 +82,13 @@ QList<MpvPlayer::Track> tracksFrom(const mpv_node& list) {
     return tracks;
 }
 
+std::optional<QSize> pictureSizeFrom(const mpv_node& parameters) {
+    const QSize size(static_cast<int>(numberIn(parameters, "dw")),
+                     static_cast<int>(numberIn(parameters, "dh")));
+    if (size.isEmpty()) return std::nullopt;
+    return numberIn(parameters, "rotate") % 180 == 0 ? size : size.transposed();
+}
+
 /// The value of a number property; absent when it has none now.
 std::optional<double> numberOf(const mpv_event_property& property) {
     if (property.format != MPV_FORMAT_DOUBLE) return std::nullopt;
@@ -101,7 +108,7 @@ void note(const mpv_event_log_message& message) {
 void MpvPlayer::takeEvents() {
     const QPointer<MpvPlayer> alive(this);
     while (alive && mpv_) {
-        const mpv_event& event = *mpv_wait_event(mpv_, 0);
+        const mpv_event& event = *mpv_wait_event(mpv_.get(), 0);
         if (event.event_id == MPV_EVENT_NONE) return;
         take(event);
     }
@@ -152,6 +159,9 @@ void MpvPlayer::takeReply(const mpv_event& event) {
         case Reply::tracks:
             if (isFine) tracks_ = tracksFrom(*static_cast<const mpv_node*>(property->data));
             return;
+        case Reply::picture:
+            if (isFine) pictureSize_ = pictureSizeFrom(*static_cast<const mpv_node*>(property->data));
+            return;
         case Reply::duration:
             if (isFine) duration_ = numberOf(*property);
             return;
@@ -182,13 +192,14 @@ void MpvPlayer::takeProperty(const mpv_event_property& property) {
 void MpvPlayer::takeRestart() {
     if (playingEntry_ != awaitedEntry_) return;
     if (stage_ == Stage::loading && !std::exchange(isAsking_, true)) {
-        mpv_get_property_async(mpv_, tagged(Reply::tracks), "track-list", MPV_FORMAT_NODE);
-        mpv_get_property_async(mpv_, tagged(Reply::duration), "duration", MPV_FORMAT_DOUBLE);
-        mpv_get_property_async(mpv_, tagged(Reply::position), "time-pos", MPV_FORMAT_DOUBLE);
+        mpv_get_property_async(mpv_.get(), tagged(Reply::tracks), "track-list", MPV_FORMAT_NODE);
+        mpv_get_property_async(mpv_.get(), tagged(Reply::picture), "video-params", MPV_FORMAT_NODE);
+        mpv_get_property_async(mpv_.get(), tagged(Reply::duration), "duration", MPV_FORMAT_DOUBLE);
+        mpv_get_property_async(mpv_.get(), tagged(Reply::position), "time-pos", MPV_FORMAT_DOUBLE);
     } else if (seeking_ && !isSettling_) {
         if (std::exchange(haveTracksChanged_, false)) return sendSeek();
         isSettling_ = true;
-        mpv_get_property_async(mpv_, tagged(Reply::position), "time-pos", MPV_FORMAT_DOUBLE);
+        mpv_get_property_async(mpv_.get(), tagged(Reply::position), "time-pos", MPV_FORMAT_DOUBLE);
     }
 }
 

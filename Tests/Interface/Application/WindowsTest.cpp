@@ -55,6 +55,7 @@ class Windows : public testing::Test, public ApplicationWorld {
         window->answers = televisionsAnswer;
         return window;
     }
+    [[nodiscard]] std::unique_ptr<QQuickItem> makeLivePicture(Player& /*player*/) override { return {}; }
 
     [[nodiscard]] QStringList titles() const {
         QStringList titles;

@@ -1,5 +1,6 @@
 #include "Interface/Application/Linux/LinuxWorld.h"
 
+#include "Interface/Application/Linux/LivePicture.h"
 #include "Interface/Application/Linux/NetworkTelevisions.h"
 #include "Platform/Linux/MpvPlayer.h"
 #include "Platform/Linux/NetworkOutputContext.h"
@@ -57,6 +58,12 @@ LinuxWorld::LinuxWorld()
 std::unique_ptr<WindowWorld> LinuxWorld::makeWindowWorld() {
     return std::make_unique<LinuxWindow>(clock_, discovery_, network_,
                                          ReceiverMemory{&credentials_, &known_});
+}
+
+std::unique_ptr<QQuickItem> LinuxWorld::makeLivePicture(Player& player) {
+    auto* const local = dynamic_cast<LinuxPlayer*>(&player);
+    auto* const mpv = local ? dynamic_cast<MpvPlayer*>(&local->local()) : nullptr;
+    return mpv ? std::make_unique<LivePicture>(*mpv) : nullptr;
 }
 
 }  // namespace velmora

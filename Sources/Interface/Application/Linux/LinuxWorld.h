@@ -23,6 +23,7 @@ class LinuxWorld : public ApplicationWorld {
 
     [[nodiscard]] World& world() override { return world_; }
     [[nodiscard]] std::unique_ptr<WindowWorld> makeWindowWorld() override;
+    [[nodiscard]] std::unique_ptr<QQuickItem> makeLivePicture(Player& player) override;
 
     [[nodiscard]] Preferences& preferences() { return preferences_; }
     /// What shows the dialog for choosing a movie; until then nothing is ever chosen.

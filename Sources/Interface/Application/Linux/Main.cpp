@@ -14,6 +14,7 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QLocale>
+#include <QQuickWindow>
 
 #include <clocale>
 #include <cstdio>
@@ -116,6 +117,8 @@ int main(int argc, char** argv) {
     qInstallMessageHandler(logRemark);
     QGuiApplication::setDesktopFileName(u"com.quillet.velmora"_s);
     isStarting = true;
+    // What the movie's pictures can be drawn with; without it, Qt and they go on on the processor.
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL);
     QGuiApplication application(argc, argv);
     isStarting = false;
     // The media player reads and writes numbers as the C locale does.

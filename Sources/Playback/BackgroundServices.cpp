@@ -26,11 +26,12 @@ QImage BackgroundArtwork::poster(const QUrl& movie) const {
 }
 
 Job BackgroundArtwork::capturePoster(const QUrl& movie, std::optional<double> time,
-                                     std::function<void(bool isCaptured)> finished) {
+                                     std::function<void(const QImage& poster)> finished) {
     const auto work = [movie, time, finished = std::move(finished)](const std::stop_token& stop,
                                                                     const BackgroundWork::Post& post) {
         const bool isCaptured = Poster::captureFromSource(movie, time, stop);
-        post([finished, isCaptured] { finished(isCaptured); });
+        const QImage poster = isCaptured ? QImage(Poster::url(movie).toLocalFile()) : QImage();
+        post([finished, poster] { finished(poster); });
     };
     return work_.start(u"poster:"_s + movie.toLocalFile(), work);
 }

@@ -24,7 +24,7 @@ class BackgroundArtwork : public ArtworkMaker {
 
     [[nodiscard]] QImage poster(const QUrl& movie) const override;
     [[nodiscard]] Job capturePoster(const QUrl& movie, std::optional<double> time,
-                                    std::function<void(bool isCaptured)> finished) override;
+                                    std::function<void(const QImage& poster)> finished) override;
     [[nodiscard]] std::shared_ptr<Thumbnails> storedThumbnails(const QUrl& movie) const override;
     [[nodiscard]] Job makeThumbnails(
         const QUrl& movie, std::function<void(const std::shared_ptr<Thumbnails>& strip)> finished) override;

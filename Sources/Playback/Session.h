@@ -219,6 +219,7 @@ class Session : public QObject {
     void captureEarlyPoster(const QUrl& movie);
     void loadThumbnails(const QUrl& movie);
     void showPoster(const std::optional<QUrl>& movie);
+    void setPoster(const QImage& poster);
     void showThumbnails(const std::shared_ptr<Thumbnails>& strip);
 
     void enter(Phase phase);

@@ -7,19 +7,19 @@ void Session::capturePoster(std::optional<double> time) {
     const auto* playback = phase_.ready();
     if (!playback || posterJob_.isRunning() || handingOverTo_) return;
     const QUrl movie = playback->source;
-    const auto finished = [this, movie](bool isCaptured) {
+    const auto finished = [this, movie](const QImage& poster) {
         posterJob_ = {};
         const auto* current = phase_.ready();
-        if (isCaptured && current && current->source == movie) showPoster(movie);
+        if (!poster.isNull() && current && current->source == movie) setPoster(poster);
     };
     posterJob_ = world_.artwork.capturePoster(movie, time, finished);
 }
 
 void Session::captureEarlyPoster(const QUrl& movie) {
-    const auto finished = [this, movie](bool isCaptured) {
+    const auto finished = [this, movie](const QImage& poster) {
         earlyPosterJob_ = {};
         // One that has come meanwhile is newer.
-        if (isCaptured && currentSource() == movie && poster_.isNull()) showPoster(movie);
+        if (!poster.isNull() && currentSource() == movie && poster_.isNull()) setPoster(poster);
     };
     earlyPosterJob_ = world_.artwork.capturePoster(movie, memory_.savedPosition(movie), finished);
 }
@@ -36,7 +36,11 @@ void Session::loadThumbnails(const QUrl& movie) {
 }
 
 void Session::showPoster(const std::optional<QUrl>& movie) {
-    poster_ = movie ? world_.artwork.poster(*movie) : QImage();
+    setPoster(movie ? world_.artwork.poster(*movie) : QImage());
+}
+
+void Session::setPoster(const QImage& poster) {
+    poster_ = poster;
     Q_EMIT artworkChanged();
 }
 

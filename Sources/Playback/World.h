@@ -60,9 +60,10 @@ class ArtworkMaker {
 
     /// The poster in the cache.
     [[nodiscard]] virtual QImage poster(const QUrl& movie) const = 0;
-    /// Takes the frame at `time` (seconds; absent: whichever seems good) for the cached poster.
+    /// Takes the frame at `time` (seconds; absent: whichever seems good) for the cached poster, which comes
+    /// decoded; null when there is no new one.
     [[nodiscard]] virtual Job capturePoster(const QUrl& movie, std::optional<double> time,
-                                            std::function<void(bool isCaptured)> finished) = 0;
+                                            std::function<void(const QImage& poster)> finished) = 0;
 
     /// The strip in the cache.
     [[nodiscard]] virtual std::shared_ptr<Thumbnails> storedThumbnails(const QUrl& movie) const = 0;

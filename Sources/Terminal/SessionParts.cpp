@@ -29,7 +29,7 @@ QImage SessionParts::NoArtwork::poster(const QUrl& /*movie*/) const {
 }
 
 Job SessionParts::NoArtwork::capturePoster(const QUrl& /*movie*/, std::optional<double> /*time*/,
-                                           std::function<void(bool)> /*finished*/) {
+                                           std::function<void(const QImage&)> /*finished*/) {
     return {};
 }
 

@@ -31,7 +31,7 @@ class SessionParts {
       public:
         [[nodiscard]] QImage poster(const QUrl& movie) const override;
         [[nodiscard]] Job capturePoster(const QUrl& movie, std::optional<double> time,
-                                        std::function<void(bool isCaptured)> finished) override;
+                                        std::function<void(const QImage& poster)> finished) override;
         [[nodiscard]] std::shared_ptr<Thumbnails> storedThumbnails(const QUrl& movie) const override;
         [[nodiscard]] Job makeThumbnails(
             const QUrl& movie,

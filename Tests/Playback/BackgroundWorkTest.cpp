@@ -63,7 +63,7 @@ TEST(BackgroundWork, bringsWhatPreparerAndArtworkSayToTheMainThread) {
             missing, false, [](const Preparer::Update&) {},
             [&](const MoviePreparer::Outcome& outcome) { hear(outcome ? u"prepared"_s : u"no movie"_s); }),
         artwork.capturePoster(missing, {},
-                              [&](bool isCaptured) { hear(isCaptured ? u"!"_s : u"no poster"_s); }),
+                              [&](const QImage& poster) { hear(poster.isNull() ? u"no poster"_s : u"!"_s); }),
         artwork.makeThumbnails(missing, [&](const auto& strip) { hear(strip ? u"!"_s : u"no strip"_s); }),
     };
     QTimer::singleShot(std::chrono::seconds(20), &loop, &QEventLoop::quit);

@@ -75,9 +75,12 @@ class ScriptedArtwork : public ArtworkMaker {
 
     [[nodiscard]] QImage poster(const QUrl& movie) const override { return posters.value(movie); }
     [[nodiscard]] Job capturePoster(const QUrl& movie, std::optional<double> time,
-                                    std::function<void(bool)> finished) override {
+                                    std::function<void(const QImage&)> finished) override {
         const QString at = time ? QString::number(*time) : u"any"_s;
-        posterJobs.append({movie.fileName() + u' ' + at, std::move(finished), {}});
+        const auto tell = [this, movie, finished = std::move(finished)](bool isCaptured) {
+            finished(isCaptured ? posters.value(movie) : QImage());
+        };
+        posterJobs.append({movie.fileName() + u' ' + at, tell, {}});
         return posterJobs.last().start();
     }
     [[nodiscard]] std::shared_ptr<Thumbnails> storedThumbnails(const QUrl& movie) const override {

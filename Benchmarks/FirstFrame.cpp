@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <span>
 #include <thread>
@@ -91,6 +92,14 @@ pid_t start(char** command) {
     return error == 0 ? process : 0;
 }
 
+/// Milliseconds of processor time, on all of its threads.
+double processorTime(pid_t process) {
+    clockid_t clock{};
+    timespec time{};
+    if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0) return 0;
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
 /// It, and whatever it started.
 void end(pid_t process) {
     kill(-process, SIGTERM);
@@ -125,7 +134,7 @@ int main(int argc, char** argv) {
     }
     const std::chrono::duration<double, std::milli> elapsed = SteadyClock::now() - started;
     if (isThere) {
-        std::printf("%.1f %d\n", elapsed.count(), process);
+        std::printf("%.1f %.1f %d\n", elapsed.count(), processorTime(process), process);
         std::fflush(stdout);
         char byte = 0;
         while (read(STDIN_FILENO, &byte, 1) > 0) {

@@ -62,6 +62,7 @@ void Session::fail(const QString& message) {
 void Session::openMovie(const QUrl& movie, bool forceTranscode) {
     preparation_ = {};
     stopPlayback();
+    setTimeline(0, 0);
     lastWasTranscode_ = forceTranscode;
     world_.desktop.noteRecentDocument(movie);
     memory_.noteOpened(movie);

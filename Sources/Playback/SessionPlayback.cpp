@@ -44,7 +44,7 @@ void Session::startPlayback(const Start& start) {
     detachObservers();
     player_->replaceCurrentItem(nullptr);
     abandonHandover();
-    setTimeline(start.time.value_or(0), memory_.savedDuration(start.source).value_or(0));
+    setTimeline(start.time.value_or(0), memory_.savedDuration(start.source).value_or(duration_));
     setHandingOverTo(airPlay_.deviceName());
     if (handingOverTo_)
         handOver(start);
@@ -64,7 +64,7 @@ void Session::adopt(std::shared_ptr<Player> player, const Start& start, Progress
         preselectTracks(item, Place::here);
     }
     takeItem(item, start.source);
-    setTimeline(currentTime_, memory_.savedDuration(start.source).value_or(0));
+    setTimeline(currentTime_, memory_.savedDuration(start.source).value_or(duration_));
     clearTracks();
     loadTracks(item);
     if (progress == Progress::empty && start.time && *start.time > shortestSeek)

@@ -12,12 +12,13 @@ using namespace Qt::StringLiterals;
 struct Film::Kind {
     QString name;
     QSize size;
-    int scenes;  ///< of ten minutes: at dusk, at night, at dusk…
+    int scenes;  ///< of ten minutes, each a shot again and again: at dusk, at night, at dusk…
 };
 
 namespace {
 
-constexpr int sceneSeconds = 600;
+constexpr int shotSeconds = 60;
+constexpr int shotsPerScene = 10;
 
 bool ffmpeg(const QStringList& arguments) {
     return QProcess::execute(u"ffmpeg"_s,
@@ -51,11 +52,11 @@ bool Film::makeScene(const QString& name, const QImage& picture, const Kind& kin
     const QString camera = u"crop=%1:%2:x='t*%3/%4':y=0,format=yuv420p"_s.arg(kind.size.width())
                                .arg(kind.size.height())
                                .arg(picture.width() - kind.size.width())
-                               .arg(sceneSeconds);
+                               .arg(shotSeconds);
     return picture.save(still) && ffmpeg({u"-loop"_s,
                                           u"1"_s,
                                           u"-framerate"_s,
-                                          u"1/5"_s,
+                                          u"4"_s,
                                           u"-i"_s,
                                           still,
                                           u"-f"_s,
@@ -63,7 +64,7 @@ bool Film::makeScene(const QString& name, const QImage& picture, const Kind& kin
                                           u"-i"_s,
                                           u"anullsrc=sample_rate=48000"_s,
                                           u"-t"_s,
-                                          QString::number(sceneSeconds),
+                                          QString::number(shotSeconds),
                                           u"-vf"_s,
                                           camera,
                                           u"-c:v"_s,
@@ -73,7 +74,7 @@ bool Film::makeScene(const QString& name, const QImage& picture, const Kind& kin
                                           u"-crf"_s,
                                           u"16"_s,
                                           u"-g"_s,
-                                          u"5"_s,
+                                          u"120"_s,
                                           u"-c:a"_s,
                                           u"aac"_s,
                                           u"-b:a"_s,
@@ -89,7 +90,7 @@ QString Film::make(const Kind& kind) {
     if (!makeScene(u"night"_s, Scenery::night(drawn), kind)) return {};
     QByteArray scenes;
     for (int scene = 0; scene < kind.scenes; ++scene)
-        scenes += scene % 2 == 0 ? "file dusk.mkv\n" : "file night.mkv\n";
+        scenes += QByteArray(scene % 2 == 0 ? "file dusk.mkv\n" : "file night.mkv\n").repeated(shotsPerScene);
     const QString list = folder_.filePath(u"scenes.txt"_s);
     const QString words = folder_.filePath(u"words.srt"_s);
     if (!write(list, scenes) || !write(words, "1\n00:00:05,000 --> 00:00:09,000\nIs it far?\n")) return {};

@@ -19,7 +19,7 @@ constexpr int betweenLooks = 120;  // milliseconds
 constexpr int longestLook = 4000;  // a movie that plays never stands still for long
 
 // The text size that desktops of Debian have, which Qt asks a desktop's own settings for.
-constexpr auto desktopSettings = "[General]\nfont=Inter,-1,14,5,400,0,0,0,0,0\n";
+constexpr auto desktopSettings = "[General]\nfont=Inter,-1,14,5,50,0,0,0,0,0\n";
 
 void wait(int milliseconds) {
     const QDeadlineTimer deadline(milliseconds);
@@ -110,6 +110,12 @@ void Stage::see(const QString& role, const QString& name) {
     expect(waitUntil([&] { return shows(role, name); }), role + u" “"_s + name + u"”"_s);
 }
 
+void Stage::seeEnabled(const QString& role, const QString& name) {
+    if (isLost()) return;
+    const auto isEnabled = [](const Accessible& each) { return each.is(Accessible::enabled); };
+    expect(application_->find(role, name, isEnabled).has_value(), role + u" “"_s + name + u"” enabled"_s);
+}
+
 void Stage::miss(const QString& role, const QString& name) {
     if (!isLost()) expect(application_->isGone(role, name), u"no "_s + role + u" “"_s + name + u"”"_s);
 }
@@ -180,7 +186,7 @@ QString Stage::descriptionOf(const QString& role) const {
 }
 
 bool Stage::waitUntil(const std::function<bool()>& condition) {
-    constexpr int patience = 60;
+    constexpr int patience = 120;
     return !isLost() && waitFor(condition, patience);
 }
 

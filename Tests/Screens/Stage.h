@@ -48,6 +48,8 @@ class Stage {
     bool expect(bool isSo, const QString& what);
     /// Waits for it. A trailing "*" in a name stands for any end, an empty one for anything.
     void see(const QString& role, const QString& name);
+    /// Waits until it can be pressed too.
+    void seeEnabled(const QString& role, const QString& name);
     void miss(const QString& role, const QString& name);
     void press(const QString& role, const QString& name);
     void click(const QString& role, const QString& name);
@@ -59,6 +61,7 @@ class Stage {
     [[nodiscard]] QPoint middleOf(const QString& role, const QString& name);
     /// On the timeline, from 0 to 1.
     [[nodiscard]] QPoint placeAt(double share);
+    [[nodiscard]] bool hasLogged(const QString& words) const { return application_->log().contains(words); }
     [[nodiscard]] bool hasWindows(qsizetype count) const;
     [[nodiscard]] bool shows(const QString& role, const QString& name) const;
     /// Of the only one of its role; 0 without it.

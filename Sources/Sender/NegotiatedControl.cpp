@@ -186,8 +186,7 @@ void NegotiatedControl::noteFetched() {
     answers_.noteFetched();
     if (control_) control_->noteFetched();
     if (!memory_.known || std::exchange(isRemembered_, true)) return;
-    const bool preciseClock = worked_ && worked_->approach == approach_ && worked_->preciseClock;
-    memory_.known->remember(receiver_, Capability{versionOf(receiver_), approach_, preciseClock});
+    memory_.known->remember(receiver_, Capability{versionOf(receiver_), approach_});
 }
 
 QHostAddress NegotiatedControl::localAddress() const {

@@ -47,7 +47,6 @@ struct Approach {
 struct Capability {
     QString version;
     Approach approach;
-    bool preciseClock = false;  ///< the session was timed by PTP, not by NTP
     bool operator==(const Capability&) const = default;
 };
 

@@ -38,16 +38,13 @@ std::optional<Capability> capabilityFrom(const QJsonObject& object) {
     const auto flavour = named<Flavour>(flavourNames, object["flavour"_L1].toString());
     const auto handover = named<Handover>(handoverNames, object["handover"_L1].toString());
     if (!flavour || !handover) return std::nullopt;
-    return Capability{shownText(object["version"_L1].toString()),
-                      {*flavour, *handover},
-                      object["preciseClock"_L1].toBool()};
+    return Capability{shownText(object["version"_L1].toString()), {*flavour, *handover}};
 }
 
 QJsonObject toJson(const Capability& capability) {
     return {{"version"_L1, capability.version},
             {"flavour"_L1, nameOf(flavourNames, capability.approach.flavour)},
-            {"handover"_L1, nameOf(handoverNames, capability.approach.handover)},
-            {"preciseClock"_L1, capability.preciseClock}};
+            {"handover"_L1, nameOf(handoverNames, capability.approach.handover)}};
 }
 
 std::optional<Receiver> receiverFrom(const QJsonObject& object) {

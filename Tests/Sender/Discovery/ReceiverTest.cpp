@@ -153,7 +153,7 @@ TEST(Sightings, MergeIntoReceivers) {
 TEST(KnownReceivers, ComeBackLatestFirstAndBounded) {
     test::MapPreferences preferences;
     KnownReceivers known(preferences);
-    const Capability worked{u"26.1"_s, {Flavour::paired, Handover::playQueue}, true};
+    const Capability worked{u"26.1"_s, {Flavour::paired, Handover::playQueue}};
     Receiver tv = receiversFrom({sighting(u"TV"_s, 7000, "192.0.2.7", "AA:AA:AA:AA:AA:AA")}).first();
     known.remember(tv, worked);
     known.remember(*Receiver::fromText(u"kodi.local:36667"_s));

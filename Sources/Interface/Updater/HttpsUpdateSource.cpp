@@ -18,6 +18,8 @@ struct Texts {
     Q_DECLARE_TR_FUNCTIONS(Updater)
 };
 
+constexpr int mostRedirects = 5;
+
 bool isTooLong(const QNetworkReply& reply) {
     return reply.bytesAvailable() > UpdateFeed::maxSize;
 }
@@ -40,6 +42,7 @@ void HttpsUpdateSource::fetch(const QUrl& feed, Fetched fetched) {
     request.setSslConfiguration(tls_);
     request.setHeader(QNetworkRequest::UserAgentHeader, u"Velmora"_s);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
+    request.setMaximumRedirectsAllowed(mostRedirects);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     if (feed.scheme() != "https"_L1) request.setUrl({});  // fails like any address that cannot be reached

@@ -14,6 +14,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <utility>
 
 namespace velmora {
 
@@ -34,13 +35,17 @@ QString reasonFor(const QLockFile& lock) {
                                                       : u"the folder cannot be written"_s;
 }
 
+void apply(const QHash<QString, QJsonValue>& changes, QJsonObject& values) {
+    for (auto [key, value] : changes.asKeyValueRange()) values.insert(key, value);
+}
+
 }  // namespace
 
 SettingsFile::SettingsFile(const QString& domain)
     : path_(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/velmora/"_s +
             domain + u".json"_s) {
     writeSoon_.setSingleShot(true);
-    QObject::connect(&writeSoon_, &QTimer::timeout, &writeSoon_, [this] { synchronize(); });
+    QObject::connect(&writeSoon_, &QTimer::timeout, &writeSoon_, [this] { startWriting(); });
 }
 
 SettingsFile::~SettingsFile() {
@@ -81,45 +86,87 @@ void SettingsFile::change(const QString& key, const QJsonValue& value) {
 }
 
 QJsonValue SettingsFile::current(const QString& key) const {
-    const auto changed = changes_.constFind(key);
-    if (changed != changes_.cend()) return *changed;
+    for (const Changes* changes : {&changes_, &writing_}) {
+        const auto changed = changes->constFind(key);
+        if (changed != changes->cend()) return *changed;
+    }
     refresh();
-    return stored_.value(key);
+    return stored_.values.value(key);
 }
 
 QStringList SettingsFile::keys() const {
     refresh();
-    QJsonObject merged = stored_;
-    for (auto [key, value] : changes_.asKeyValueRange()) merged.insert(key, value);
+    QJsonObject merged = stored_.values;
+    apply(writing_, merged);
+    apply(changes_, merged);
     return merged.keys();
 }
 
 void SettingsFile::refresh() const {
-    const Stamp onDisk = stampOnDisk();
-    if (onDisk == stamp_) return;
-    stamp_ = onDisk;
-    auto values = read();
+    const Stamp onDisk = stampOnDisk(path_);
+    if (onDisk == stored_.stamp) return;
+    auto values = read(path_);
     if (!values && values.error() == ReadFailure::damaged) {
         // By the time the lock is ours, another process may have put a sound file there.
         QLockFile lock(lockPath(path_));
         const bool locked = lock.tryLock(lockPatience);
-        values = read();
-        if (locked && !values && values.error() == ReadFailure::damaged) setAside();
+        values = read(path_);
+        if (locked && !values && values.error() == ReadFailure::damaged) setAside(path_);
         if (!locked) logger().error(u"settings: %1 is damaged and in use"_s.arg(path_));
     }
-    stored_ = values.value_or(QJsonObject());
+    stored_ = {values.value_or(QJsonObject()), onDisk};
 }
 
-void SettingsFile::setAside() const {
-    const QString damaged = path_ + u".damaged"_s;
-    if (std::rename(QFile::encodeName(path_).constData(), QFile::encodeName(damaged).constData()) == 0)
-        logger().error(u"settings: %1 is damaged; it is now %2"_s.arg(path_, damaged));
+void SettingsFile::synchronize() {
+    endWriting();
+    // What came after it, or did not get there.
+    startWriting();
+    endWriting();
+}
+
+void SettingsFile::startWriting() {
+    if (writer_.joinable()) return;
+    writeSoon_.stop();
+    if (changes_.isEmpty()) return;
+    writing_ = std::exchange(changes_, {});
+    writer_ = std::jthread([this, number = ++writes_, path = path_, changes = writing_] {
+        written_ = write(path, changes);
+        const auto tell = [this, number] {
+            if (number == writes_) endWriting();
+        };
+        QMetaObject::invokeMethod(&writeSoon_, tell, Qt::QueuedConnection);
+    });
+}
+
+/// Waits for the writer, if there is one, and takes what it brings.
+void SettingsFile::endWriting() {
+    if (!writer_.joinable()) return;
+    writer_.join();
+    Changes written = std::exchange(writing_, {});
+    if (written_) {
+        stored_ = *written_;
+        if (!changes_.isEmpty()) writeSoon_.start(0);
+    } else {
+        // They go with the next change, which may fare better.
+        written.insert(std::exchange(changes_, {}));
+        changes_ = std::move(written);
+        if (!complained_)
+            logger().error(u"settings: %1 cannot be saved: %2; they last until the program ends"_s.arg(
+                path_, written_.error()));
+    }
+    complained_ = !written_;
+}
+
+void SettingsFile::setAside(const QString& path) {
+    const QString damaged = path + u".damaged"_s;
+    if (std::rename(QFile::encodeName(path).constData(), QFile::encodeName(damaged).constData()) == 0)
+        logger().error(u"settings: %1 is damaged; it is now %2"_s.arg(path, damaged));
     else
-        logger().error(u"settings: %1 is damaged and cannot be set aside"_s.arg(path_));
+        logger().error(u"settings: %1 is damaged and cannot be set aside"_s.arg(path));
 }
 
-std::expected<QJsonObject, SettingsFile::ReadFailure> SettingsFile::read() const {
-    QFile file(path_);
+std::expected<QJsonObject, SettingsFile::ReadFailure> SettingsFile::read(const QString& path) {
+    QFile file(path);
     if (!file.exists()) return std::unexpected(ReadFailure::missing);
     if (!file.open(QIODevice::ReadOnly)) return std::unexpected(ReadFailure::unreadable);
     const QByteArray bytes = file.readAll();
@@ -129,44 +176,33 @@ std::expected<QJsonObject, SettingsFile::ReadFailure> SettingsFile::read() const
     return document.object();
 }
 
-SettingsFile::Stamp SettingsFile::stampOnDisk() const {
+SettingsFile::Stamp SettingsFile::stampOnDisk(const QString& path) {
     struct stat status{};
-    if (::stat(QFile::encodeName(path_).constData(), &status) != 0) return {};
+    if (::stat(QFile::encodeName(path).constData(), &status) != 0) return {};
     return {static_cast<qint64>(status.st_dev), static_cast<qint64>(status.st_ino), status.st_size,
             status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec};
 }
 
-void SettingsFile::synchronize() {
-    writeSoon_.stop();
-    if (changes_.isEmpty()) return;
-    const auto written = write();
-    if (!written && !complained_)
-        logger().error(u"settings: %1 cannot be saved: %2; they last until the program ends"_s.arg(
-            path_, written.error()));
-    complained_ = !written;
-}
-
-std::expected<void, QString> SettingsFile::write() {
-    QDir().mkpath(QFileInfo(path_).path());
-    QLockFile lock(lockPath(path_));
+std::expected<SettingsFile::Stored, QString> SettingsFile::write(const QString& path,
+                                                                 const Changes& changes) {
+    QDir().mkpath(QFileInfo(path).path());
+    QLockFile lock(lockPath(path));
     if (!lock.tryLock(lockPatience)) return std::unexpected(reasonFor(lock));
 
-    auto values = read();
+    const auto values = read(path);
     if (!values && values.error() == ReadFailure::unreadable)
         return std::unexpected(u"its present contents cannot be read"_s);
-    if (!values && values.error() == ReadFailure::damaged) setAside();
-    QJsonObject merged = values.value_or(QJsonObject());
-    for (auto [key, value] : changes_.asKeyValueRange()) merged.insert(key, value);
-
-    if (const auto replaced = replaceFile(merged); !replaced) return replaced;
-    stored_ = merged;
-    stamp_ = stampOnDisk();
-    changes_.clear();
-    return {};
+    if (!values && values.error() == ReadFailure::damaged) setAside(path);
+    Stored stored{.values = values.value_or(QJsonObject())};
+    apply(changes, stored.values);
+    if (const auto replaced = replace(path, stored.values); !replaced)
+        return std::unexpected(replaced.error());
+    stored.stamp = stampOnDisk(path);
+    return stored;
 }
 
-std::expected<void, QString> SettingsFile::replaceFile(const QJsonObject& values) const {
-    QSaveFile file(path_);
+std::expected<void, QString> SettingsFile::replace(const QString& path, const QJsonObject& values) {
+    QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) return std::unexpected(file.errorString());
     // What somebody watches is nobody else's business.
     file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);

@@ -142,7 +142,11 @@ void Stage::choose(const QString& television) {
 }
 
 void Stage::point(const std::optional<QPoint>& place) {
-    if (!isLost()) desk_->display().movePointer(place.value_or(QPoint(1, 1)));
+    if (isLost()) return;
+    // It comes from somewhere.
+    const QPoint end = place.value_or(QPoint(1, 1));
+    desk_->display().movePointer(end - QPoint(1, 1));
+    desk_->display().movePointer(end);
 }
 
 QPoint Stage::middleOf(const QString& role, const QString& name) {

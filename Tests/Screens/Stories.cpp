@@ -142,28 +142,22 @@ void waitForATelevision(Stage& stage) {
     stage.quit();
 }
 
-void playOnDen(Stage& stage, const QString& movie) {
-    stage.start({movie});
-    stage.choose(u"Den"_s);
-    stage.see(button, u"Pause"_s);
-    stage.seeEnabled(button, u"Audio and subtitles"_s);
-    stage.point(stage.placeAt(0.418));
-    stage.desk().display().click(stage.placeAt(0.418));
-    stage.expect(stage.waitUntil([&] { return stage.valueOf(u"slider"_s) > 2000; }), u"41 minutes"_s);
-    stage.point();
-    stage.see(button, u"Pause"_s);
-}
-
 void play(Stage& stage) {
     const TelevisionProcess den(u"Den"_s);
     rememberTelevisions(stage, {u"Living Room"_s, u"Studio"_s});
     den.rememberOn(stage.desk());
-    playOnDen(stage, stage.movie(stage.film().feature()));
-    stage.take(u"10-remote-playing"_s);
+    stage.start({stage.movie(stage.film().feature())});
+    stage.choose(u"Den"_s);
+    stage.seeEnabled(button, u"Audio and subtitles"_s);
     stage.expect(stage.waitUntil([&] { return hasThumbnails(stage); }), u"thumbnails"_s);
-    stage.point(stage.placeAt(0.15));
+    stage.point(stage.placeAt(0.418));
     stage.take(u"13-timeline-hover"_s);
     Display& display = stage.desk().display();
+    display.click(stage.placeAt(0.418));
+    stage.expect(stage.waitUntil([&] { return stage.valueOf(u"slider"_s) > 2000; }), u"41 minutes"_s);
+    stage.point();
+    stage.see(button, u"Pause"_s);
+    stage.take(u"10-remote-playing"_s);
     stage.point(stage.placeAt(0.418));
     display.setButton(Qt::LeftButton, true);
     for (const double share : {0.45, 0.6, 0.7375}) stage.point(stage.placeAt(share));

@@ -213,4 +213,13 @@ std::optional<double> AccessibilityBus::value(const Accessible& accessible) cons
     return value.isValid() ? std::optional(value.toDouble()) : std::nullopt;
 }
 
+bool AccessibilityBus::setValue(const Accessible& accessible, double value) const {
+    const Object object(bus_, {accessible.service, accessible.path});
+    QDBusPendingCall call =
+        object.ask(u"org.freedesktop.DBus.Properties"_s, u"Set"_s,
+                   {u"org.a11y.atspi.Value"_s, u"CurrentValue"_s, QVariant::fromValue(QDBusVariant(value))});
+    call.waitForFinished();
+    return !call.isError();
+}
+
 }  // namespace velmora::test

@@ -63,6 +63,8 @@ class AccessibilityBus {
     [[nodiscard]] QString text(const Accessible& accessible) const;
     /// Of a slider or a progress bar.
     [[nodiscard]] std::optional<double> value(const Accessible& accessible) const;
+    /// False when it has none.
+    bool setValue(const Accessible& accessible, double value) const;
 
   private:
     [[nodiscard]] Accessible read(const QString& service, const QString& path, int depth) const;

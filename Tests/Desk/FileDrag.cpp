@@ -13,12 +13,20 @@ namespace {
 
 constexpr int patience = 10'000;
 constexpr quint32 protocol = 5;
-constexpr QByteArrayView fileList = "text/uri-list";
+
+QByteArray listed(const QList<QUrl>& files) {
+    QByteArray lines;
+    for (const QUrl& file : files) lines += file.toEncoded() + "\r\n";
+    return lines;
+}
 
 }  // namespace
 
-FileDrag::FileDrag(Display& display, const QList<QUrl>& files) : display_(display) {
-    for (const QUrl& file : files) text_ += file.toEncoded() + "\r\n";
+FileDrag::FileDrag(Display& display, const QList<QUrl>& files)
+    : FileDrag(display, listed(files), "text/uri-list") {}
+
+FileDrag::FileDrag(Display& display, QByteArray content, QByteArray type)
+    : display_(display), content_(std::move(content)), type_(std::move(type)) {
     source_ = xcb_generate_id(display_.connection());
     xcb_create_window(display_.connection(), XCB_COPY_FROM_PARENT, source_, display_.root(), 0, 0, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
@@ -36,8 +44,7 @@ bool FileDrag::moveOver(quint32 window, const QPoint& point) {
     if (target_ != window) {
         leave();
         target_ = window;
-        display_.sendMessage(target_, target_, "XdndEnter",
-                             {source_, protocol << 24, display_.atom(fileList.toByteArray())});
+        display_.sendMessage(target_, target_, "XdndEnter", {source_, protocol << 24, display_.atom(type_)});
     }
     display_.sendMessage(target_, target_, "XdndPosition",
                          {source_, 0, static_cast<quint32>(point.x() << 16 | point.y()), XCB_CURRENT_TIME,
@@ -87,10 +94,10 @@ void FileDrag::handOver(const void* request) {
     answer.requestor = asked.requestor;
     answer.selection = asked.selection;
     answer.target = asked.target;
-    if (asked.target == display_.atom(fileList.toByteArray())) {
+    if (asked.target == display_.atom(type_)) {
         answer.property = asked.property;
         xcb_change_property(display_.connection(), XCB_PROP_MODE_REPLACE, asked.requestor, asked.property,
-                            asked.target, 8, static_cast<quint32>(text_.size()), text_.constData());
+                            asked.target, 8, static_cast<quint32>(content_.size()), content_.constData());
     }
     xcb_send_event(display_.connection(), 0, asked.requestor, 0, reinterpret_cast<const char*>(&answer));
     xcb_flush(display_.connection());

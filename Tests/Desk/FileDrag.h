@@ -11,6 +11,8 @@ namespace velmora::test {
 class FileDrag {
   public:
     FileDrag(Display& display, const QList<QUrl>& files);
+    /// Anything else, of a type like "text/plain".
+    FileDrag(Display& display, QByteArray content, QByteArray type);
     ~FileDrag();
     FileDrag(const FileDrag&) = delete;
     FileDrag& operator=(const FileDrag&) = delete;
@@ -29,7 +31,8 @@ class FileDrag {
     void handOver(const void* request);
 
     Display& display_;
-    QByteArray text_;
+    QByteArray content_;
+    QByteArray type_;
     quint32 source_ = 0;
     quint32 target_ = 0;
 };

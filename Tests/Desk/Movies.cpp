@@ -16,7 +16,7 @@ bool makeMovie(const QString& path, const MovieKind& kind) {
     QStringList arguments{u"-v"_s, u"error"_s, u"-nostdin"_s, u"-y"_s, u"-f"_s, u"lavfi"_s, u"-i"_s, picture};
     if (kind.hasSound)
         arguments += {u"-f"_s, u"lavfi"_s, u"-i"_s, u"sine=sample_rate=48000"_s, u"-c:a"_s, u"aac"_s};
-    arguments += {u"-t"_s, seconds, u"-c:v"_s,     u"libx264"_s, u"-preset"_s, u"ultrafast"_s,
+    arguments += {u"-t"_s, seconds, u"-c:v"_s,     kind.codec,   u"-preset"_s, u"ultrafast"_s,
                   u"-g"_s, u"24"_s, u"-pix_fmt"_s, u"yuv420p"_s, path};
     return QProcess::execute(u"ffmpeg"_s, arguments) == 0;
 }

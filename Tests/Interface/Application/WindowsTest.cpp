@@ -146,21 +146,6 @@ TEST_F(Windows, QuittingWaitsForATelevisionUntilItIsAskedForAgain) {
     EXPECT_EQ(QCoreApplication::exec(), 0);
 }
 
-TEST_F(Windows, KeysAreCommandsOfTheWindowInFront) {
-    app.take({activate});
-    press(window(0), Qt::Key_N, Qt::ControlModifier);
-    ASSERT_EQ(app.windows().size(), 2);
-    press(window(1), Qt::Key_O, Qt::ControlModifier);
-    ASSERT_TRUE(story.desktop.dialog);
-    story.desktop.picked(story.movie);
-    EXPECT_EQ(window(1).title(), u"Film"_s);
-    EXPECT_EQ(window(0).title(), u"Velmora"_s);
-    press(window(0), Qt::Key_Period, Qt::ControlModifier);
-    EXPECT_TRUE(app.windows().at(1)->session().phase().preparing()) << "the other window's key";
-    press(window(1), Qt::Key_Period, Qt::ControlModifier);
-    EXPECT_TRUE(app.windows().at(1)->session().phase().isIdle());
-}
-
 TEST_F(Windows, MediaKeysSteerTheMovieOnTheTelevision) {
     if (!PrivateBus::isRunning()) GTEST_SKIP() << "There is no dbus-daemon.";
     story.session.reset();

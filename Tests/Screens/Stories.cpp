@@ -148,6 +148,7 @@ void play(Stage& stage) {
     den.rememberOn(stage.desk());
     stage.start({stage.movie(stage.film().feature())});
     stage.choose(u"Den"_s);
+    stage.see(button, u"Pause"_s);
     stage.seeEnabled(button, u"Audio and subtitles"_s);
     stage.expect(stage.waitUntil([&] { return hasThumbnails(stage); }), u"thumbnails"_s);
     stage.point(stage.placeAt(0.418));

@@ -1,9 +1,7 @@
 #include "Platform/Linux/MpvCore.h"
 
 #include "Diagnostics/Log.h"
-
-#include <QDir>
-#include <QFile>
+#include "Platform/Linux/Graphics.h"
 
 #include <dlfcn.h>
 #include <mpv/client.h>
@@ -31,16 +29,6 @@ void quietenSound() {
     if (void* const found = dlsym(library, "snd_lib_error_set_handler"))
         reinterpret_cast<TakeComplaints>(found)(dropComplaint);
     dlclose(library);
-}
-
-// What is not there mpv would look for at every file, which takes time, and complain of.
-
-bool hasNvidia() {
-    return QFile::exists(u"/dev/nvidia0"_s);
-}
-
-bool hasGraphicsProcessor() {
-    return hasNvidia() || !QDir(u"/dev/dri"_s).entryList({u"renderD*"_s}, QDir::System).isEmpty();
 }
 
 }  // namespace
@@ -94,9 +82,9 @@ mpv_handle* start(bool isMute, const QString& hardwareDecoding) {
         // Whoever draws does so at once.
         {"video-timing-offset", "0"},
         {"vo", "null"},
-        {"hwdec", hasGraphicsProcessor() ? hardwareDecoding.toUtf8() : "no"},
+        {"hwdec", Graphics::hasProcessor() ? hardwareDecoding.toUtf8() : "no"},
         // The others' decoders hand over in memory what they have decoded.
-        {"gpu-hwdec-interop", hasNvidia() ? "auto" : "no"},
+        {"gpu-hwdec-interop", Graphics::hasNvidia() ? "auto" : "no"},
     };
     for (const auto& [name, value] : settings) mpv_set_option_string(mpv, name, value.constData());
     if (const int error = mpv_initialize(mpv); error < 0) {

@@ -8,6 +8,7 @@
 #include "Interface/Translations/Translation.h"
 #include "Interface/Updater/HttpsUpdateSource.h"
 #include "Interface/Updater/Installation.h"
+#include "Platform/Linux/Graphics.h"
 
 #include <QDBusConnection>
 #include <QDir>
@@ -86,6 +87,15 @@ QString takeActivationToken() {
     return {};
 }
 
+/// OpenGL is what the movie's pictures can be drawn with. An imitation of it costs more than to draw without
+/// it: several times the time to start and the processor's while a movie plays.
+void chooseGraphics() {
+    const bool isChosen =
+        qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND");
+    QQuickWindow::setGraphicsApi(isChosen || Graphics::hasProcessor() ? QSGRendererInterface::OpenGL
+                                                                      : QSGRendererInterface::Software);
+}
+
 int run(LaunchOptions options) {
     const bool isServing = options.action == LaunchOptions::Action::serve;
     options.request.activationToken = takeActivationToken();
@@ -117,8 +127,7 @@ int main(int argc, char** argv) {
     qInstallMessageHandler(logRemark);
     QGuiApplication::setDesktopFileName(u"com.quillet.velmora"_s);
     isStarting = true;
-    // What the movie's pictures can be drawn with; without it, Qt and they go on on the processor.
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL);
+    chooseGraphics();
     QGuiApplication application(argc, argv);
     isStarting = false;
     // The media player reads and writes numbers as the C locale does.

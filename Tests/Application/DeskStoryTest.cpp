@@ -42,6 +42,20 @@ TEST_F(DeskStory, ShowsEachMovieInAWindowOfItsOwn) {
     EXPECT_EQ(velmora.quit(), 0);
 }
 
+TEST_F(DeskStory, IsDarkAndLightWithTheDesktop) {
+    const Application velmora(*desk, {});
+    const auto window = velmora.window(u"*"_s);
+    ASSERT_TRUE(window);
+    const auto isDark = [&] {
+        const QImage picture = velmora.picture(*window);
+        return picture.isNull() ? -1 : int(picture.pixelColor(picture.rect().center() / 4).lightness() < 128);
+    };
+    for (const bool wanted : {true, false, true}) {
+        desk->setLook({.isDark = wanted});
+        EXPECT_TRUE(waitFor([&] { return isDark() == int(wanted); })) << wanted;
+    }
+}
+
 TEST_F(DeskStory, StaysWithoutWindowsUntilItIsWanted) {
     Application velmora(*desk, {movie(u"First.mkv"_s)});
     const auto window = velmora.window(u"First*"_s);

@@ -41,8 +41,7 @@ DesktopAppearance::DesktopAppearance(Appearance& appearance, const QDBusConnecti
     readApplication();
     qApp->installEventFilter(this);
     if (!bus_.isConnected()) return;
-    bus_.connect(service, path, interface, u"SettingChanged"_s, this,
-                 SLOT(noteSetting(QString, QString, QDBusVariant)));
+    bus_.connect(service, path, interface, u"SettingChanged"_s, this, SLOT(noteChange(QDBusMessage)));
     ask(appearanceGroup, u"color-scheme"_s);
     ask(appearanceGroup, u"contrast"_s);
     ask(interfaceGroup, u"enable-animations"_s);
@@ -64,6 +63,12 @@ void DesktopAppearance::ask(const QString& group, const QString& key) {
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         if (reply.isValid()) noteSetting(group, key, reply.value());
     });
+}
+
+void DesktopAppearance::noteChange(const QDBusMessage& message) {
+    const QVariantList arguments = message.arguments();
+    if (message.signature() == u"ssv")
+        noteSetting(arguments[0].toString(), arguments[1].toString(), arguments[2].value<QDBusVariant>());
 }
 
 void DesktopAppearance::noteSetting(const QString& group, const QString& key, const QDBusVariant& value) {

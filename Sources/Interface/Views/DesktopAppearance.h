@@ -3,6 +3,7 @@
 #include "Interface/Views/Appearance.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusVariant>
 #include <QObject>
 
@@ -21,9 +22,10 @@ class DesktopAppearance : public QObject {
     bool eventFilter(QObject* object, QEvent* event) override;
 
   private Q_SLOTS:
-    void noteSetting(const QString& group, const QString& key, const QDBusVariant& value);
+    void noteChange(const QDBusMessage& message);
 
   private:
+    void noteSetting(const QString& group, const QString& key, const QDBusVariant& value);
     void ask(const QString& group, const QString& key);
     void readApplication();
 

@@ -170,6 +170,7 @@ class Session : public QObject {
     void startPlayback(const Start& start);
     void adopt(std::shared_ptr<Player> player, const Start& start, Progress progress);
     void takeItem(const std::shared_ptr<PlayerItem>& item, const QUrl& source);
+    void noteLength(const PlayerItem& item);
     void itemStatusChanged(const PlayerItem& item, const QUrl& source);
     void playbackFailed(const QString& error, const QUrl& source);
     void stopPlayback();

@@ -65,6 +65,7 @@ void Session::adopt(std::shared_ptr<Player> player, const Start& start, Progress
     }
     takeItem(item, start.source);
     setTimeline(currentTime_, memory_.savedDuration(start.source).value_or(duration_));
+    noteLength(*item);
     clearTracks();
     loadTracks(item);
     if (progress == Progress::empty && start.time && *start.time > shortestSeek)
@@ -94,7 +95,13 @@ void Session::takeItem(const std::shared_ptr<PlayerItem>& item, const QUrl& sour
     if (player_->currentItem() != item) player_->replaceCurrentItem(item);
 }
 
+// Also of a movie that no television took.
+void Session::noteLength(const PlayerItem& item) {
+    setTimeline(currentTime_, item.duration().value_or(duration_));
+}
+
 void Session::itemStatusChanged(const PlayerItem& item, const QUrl& source) {
+    noteLength(item);
     const QString error = item.error();
     logger().notice(u"item status %1 error=%2"_s.arg(QString::number(static_cast<int>(item.status())),
                                                      error.isEmpty() ? u"none"_s : error));

@@ -94,6 +94,10 @@ TEST_F(TelevisionStory, SaysThatATelevisionRefusesAndTriesAgain) {
     ASSERT_TRUE(waitFor([&] { return velmora.tree()->find(u"push button"_s, refused); }, 60))
         << seen(velmora);
     EXPECT_TRUE(velmora.tree()->find(u"alert message"_s, {})) << seen(velmora);
+    const auto knowsLength = [](const Accessible& each) {
+        return each.description.endsWith(u"of 10 minutes");
+    };
+    EXPECT_TRUE(velmora.find(u"slider"_s, u"Timeline"_s, knowsLength)) << seen(velmora);
     television.reset();
     television = std::make_unique<TelevisionProcess>(u"Living Room"_s, QStringList{u"--port"_s, port});
     EXPECT_TRUE(velmora.click(u"push button"_s, refused));

@@ -99,7 +99,7 @@ void NegotiatedControl::forgetPassword() {
     keepCredentials();
 }
 
-/// A receiver may need a moment to end what was there before, a prompt of its own included. True: try the
+/// A receiver may need a moment to end what was there before, a question of its own included. True: try the
 /// same again.
 QCoro::Task<bool> NegotiatedControl::waitForRoom(ConnectionError error) {
     const auto self = shared_from_this();

@@ -50,7 +50,6 @@ class Trouble : public test::MoviesTest {
         EXPECT_EQ(test::contentOf(path(prepared)), "older");
         EXPECT_EQ(test::contentOf(path(u'.' + prepared + u".velmora"_s)), "of another day");
     }
-
 };
 
 TEST_F(Trouble, BrokenFilesAreRefused) {

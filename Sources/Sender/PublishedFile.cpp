@@ -17,6 +17,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <tuple>
 
 namespace velmora {
 
@@ -87,7 +88,7 @@ MHD_Response* patchedResponse(std::unique_ptr<PatchedRange> range, qint64 length
     MHD_Response* const response =
         MHD_create_response_from_callback(quint64(length), blockSize, &readPatched, range.get(), &endPatched);
     if (response)
-        (void)range.release();
+        std::ignore = range.release();
     else
         ::close(range->descriptor);
     return response;
@@ -106,7 +107,7 @@ std::expected<std::shared_ptr<const PublishedFile>, QString> PublishedFile::open
         ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0) return std::unexpected(cannotOpen(path, qt_error_string(errno)));
 
-    const std::shared_ptr<PublishedFile> file(new PublishedFile(descriptor, receivers));
+    std::shared_ptr<PublishedFile> file(new PublishedFile(descriptor, receivers));
     struct stat status{};
     if (::fstat(descriptor, &status) != 0) return std::unexpected(cannotOpen(path, qt_error_string(errno)));
     if (!S_ISREG(status.st_mode))

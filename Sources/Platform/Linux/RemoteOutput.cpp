@@ -90,7 +90,7 @@ void RemoteOutput::play(const Begun& begun) {
     }
     RemotePlayback::Item item = begun.item;
     item.startPosition = state().position;
-    item.tracks = begun_->item.tracks;
+    if (begun_) item.tracks = begun_->item.tracks;
     own_.reset();
     playback_->play(begun.receiver, item);
     if (isPaused_) playback_->pause();

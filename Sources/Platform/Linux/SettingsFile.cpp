@@ -193,7 +193,7 @@ std::expected<SettingsFile::Stored, QString> SettingsFile::write(const QString& 
     if (!values && values.error() == ReadFailure::unreadable)
         return std::unexpected(u"its present contents cannot be read"_s);
     if (!values && values.error() == ReadFailure::damaged) setAside(path);
-    Stored stored{.values = values.value_or(QJsonObject())};
+    Stored stored{values.value_or(QJsonObject()), {}};
     apply(changes, stored.values);
     if (const auto replaced = replace(path, stored.values); !replaced)
         return std::unexpected(replaced.error());

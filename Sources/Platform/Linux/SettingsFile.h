@@ -42,7 +42,7 @@ class SettingsFile : public Preferences {
     using Stamp = std::array<qint64, 4>;
     struct Stored {
         QJsonObject values;
-        Stamp stamp{};
+        Stamp stamp;
     };
     enum class ReadFailure { missing, damaged, unreadable };
 
@@ -61,9 +61,9 @@ class SettingsFile : public Preferences {
 
     QString path_;
     QTimer writeSoon_;
-    Changes changes_;        ///< not on disk yet
-    Changes writing_;        ///< on their way there
-    mutable Stored stored_;  ///< what the file held when it was last read
+    Changes changes_;          ///< not on disk yet
+    Changes writing_;          ///< on their way there
+    mutable Stored stored_{};  ///< what the file held when it was last read
     quint64 writes_ = 0;
     std::expected<Stored, QString> written_;  ///< the writer's until it is joined
     std::jthread writer_;

@@ -3,7 +3,7 @@
 #include "Desk/Application.h"
 #include "Desk/Movies.h"
 #include "Desk/TelevisionProcess.h"
-#include "Platform/WaitFor.h"
+#include "Support/WaitFor.h"
 
 #include <gtest/gtest.h>
 

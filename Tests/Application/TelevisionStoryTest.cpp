@@ -8,6 +8,9 @@ using namespace Qt::StringLiterals;
 class TelevisionStory : public Story {
   protected:
     static QString said(TelevisionProcess& television) { return television.lines().join(u'\n'); }
+    static bool knowsLength(const Accessible& timeline) {
+        return timeline.description.endsWith(u"of 10 minutes");
+    }
 };
 
 TEST_F(TelevisionStory, TwoWindowsPlayOnTwoTelevisions) {
@@ -56,9 +59,6 @@ TEST_F(TelevisionStory, GoesOnTomorrowWhereTheUserLeft) {
         Application velmora(*desk, {movie(u"A Long Evening.mkv"_s, lastingTenMinutes())});
         ASSERT_TRUE(playOn(velmora, television)) << seen(velmora);
         ASSERT_TRUE(velmora.find(u"push button"_s, u"Pause"_s));
-        const auto knowsLength = [](const Accessible& each) {
-            return each.description.endsWith(u"of 10 minutes");
-        };
         const auto timeline = velmora.find(u"slider"_s, u"Timeline"_s, knowsLength);
         ASSERT_TRUE(timeline) << seen(velmora);
         const QPoint fiveAndAHalf = timeline->bounds.center() + QPoint(24, 0);
@@ -94,9 +94,6 @@ TEST_F(TelevisionStory, SaysThatATelevisionRefusesAndTriesAgain) {
     ASSERT_TRUE(waitFor([&] { return velmora.tree()->find(u"push button"_s, refused); }, 60))
         << seen(velmora);
     EXPECT_TRUE(velmora.tree()->find(u"alert message"_s, {})) << seen(velmora);
-    const auto knowsLength = [](const Accessible& each) {
-        return each.description.endsWith(u"of 10 minutes");
-    };
     EXPECT_TRUE(velmora.find(u"slider"_s, u"Timeline"_s, knowsLength)) << seen(velmora);
     television.reset();
     television = std::make_unique<TelevisionProcess>(u"Living Room"_s, QStringList{u"--port"_s, port});

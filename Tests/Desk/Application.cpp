@@ -1,6 +1,6 @@
 #include "Desk/Application.h"
 
-#include "Platform/WaitFor.h"
+#include "Support/WaitFor.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>

@@ -1,7 +1,7 @@
 #include "Desk/Desk.h"
 
 #include "Platform/Linux/SettingsFile.h"
-#include "Platform/WaitFor.h"
+#include "Support/WaitFor.h"
 
 #include <QDir>
 #include <QStandardPaths>

@@ -1,8 +1,8 @@
 #include "Desk/TelevisionProcess.h"
 
 #include "Desk/Desk.h"
-#include "Platform/WaitFor.h"
 #include "Sender/Discovery/KnownReceivers.h"
+#include "Support/WaitFor.h"
 
 namespace velmora::test {
 

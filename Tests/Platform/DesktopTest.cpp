@@ -2,7 +2,7 @@
 #include "Platform/Linux/FreedesktopDesktop.h"
 #include "Platform/Linux/LoginManager.h"
 #include "Platform/Linux/RecentDocuments.h"
-#include "Platform/WaitFor.h"
+#include "Support/WaitFor.h"
 #include "System/SleepGuard.h"
 
 #include <QDBusUnixFileDescriptor>

@@ -1,5 +1,5 @@
 #include "Platform/Linux/FileEngine.h"
-#include "Platform/WaitFor.h"
+#include "Support/WaitFor.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 #include "Platform/Linux/LinuxPlayer.h"
 #include "Platform/Linux/MpvPlayer.h"
 #include "Platform/Linux/NetworkOutputContext.h"
-#include "Platform/WaitFor.h"
 #include "Sender/ScriptedControl.h"
+#include "Support/WaitFor.h"
 
 #include <gmock/gmock.h>
 #include <malloc.h>

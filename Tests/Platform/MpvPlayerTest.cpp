@@ -1,7 +1,7 @@
 // The local player over real movies, with real decoding and no sound device.
 #include "Platform/Linux/MpvPicture.h"
 #include "Platform/Linux/MpvPlayer.h"
-#include "Platform/WaitFor.h"
+#include "Support/WaitFor.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 #include "Platform/Linux/SettingsFile.h"
-#include "Platform/WaitFor.h"
+#include "Support/WaitFor.h"
 
 #include <QCoreApplication>
 #include <QDir>

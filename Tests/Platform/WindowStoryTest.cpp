@@ -1,6 +1,6 @@
 // What windows do with movies and televisions, without the windows.
-#include "Platform/WaitFor.h"
 #include "Platform/Window.h"
+#include "Support/WaitFor.h"
 #include "Television/Misbehaviour.h"
 
 #include <QFile>

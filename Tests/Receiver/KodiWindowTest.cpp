@@ -1,7 +1,7 @@
 // A window and a real television.
 #include "Desk/Application.h"
-#include "Platform/WaitFor.h"
 #include "Receiver/KodiReceiver.h"
+#include "Support/WaitFor.h"
 
 #include <QJsonObject>
 #include <QProcess>

@@ -1,6 +1,6 @@
 #include "Screens/Stage.h"
 
-#include "Platform/WaitFor.h"
+#include "Support/WaitFor.h"
 
 #include <QStandardPaths>
 

@@ -73,7 +73,7 @@ TEST_F(TelevisionTest, PlaysPausesSeeksAndEnds) {
     })) << stories();
     // For longer than a television bears silence, and than a session lives whose events nobody answers.
     const Clock::Instant pausedAt = clock_.now();
-    waitFor([&] { return clock_.now() - pausedAt > 60s; });
+    EXPECT_TRUE(waitFor([&] { return clock_.now() - pausedAt > 60s; }));
     for (const auto& pair : pairs_) {
         EXPECT_EQ(pair->phase(), Phase::paused) << stories();
         EXPECT_NEAR(pair->playback.state().position, pair->shown(), 0.7);
@@ -205,7 +205,7 @@ TEST_F(TelevisionTest, SeesEveryFaultForWhatItIs) {
             options.misbehaviours = c.misbehaviours;
             left.emplace(&add(options, c.phase == Phase::ended ? 80 : start, c.file), &c);
         }
-        waitFor([&] {
+        (void)waitFor([&] {
             std::erase_if(left, [&](const auto& entry) { return isSeen(*entry.first, *entry.second); });
             return left.empty();
         });

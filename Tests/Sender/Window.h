@@ -5,13 +5,12 @@
 #include "Sender/MediaServer.h"
 #include "Sender/RemotePlayback.h"
 #include "Support/VirtualClock.h"
+#include "Support/WaitFor.h"
 #include "Television/Television.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QtEndian>
 
 #include <gtest/gtest.h>
@@ -22,15 +21,6 @@
 namespace velmora::test {
 
 constexpr double movieSeconds = 90;
-
-inline bool waitFor(const auto& condition, int realSeconds = 20) {
-    const QDeadlineTimer deadline(realSeconds * 1000);
-    QTimer tick;  // so that waiting for events ends, where there are none
-    tick.start(10);
-    while (!condition() && !deadline.hasExpired())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return condition();
-}
 
 /// The frame of a movie: what a television needs to know how long it is.
 inline QByteArray movie(bool indexFirst) {

@@ -1,9 +1,9 @@
 // What velmora-cast does over a time that no test waits for: every part is the real one, but the clock.
 #include "Platform/Linux/SettingsFile.h"
-#include "Platform/WaitFor.h"
 #include "Sender/Discovery/Discovery.h"
 #include "Sender/Discovery/KnownReceivers.h"
 #include "Support/VirtualClock.h"
+#include "Support/WaitFor.h"
 #include "Television/Television.h"
 #include "Terminal/Casting.h"
 #include "Terminal/Terminal.h"

@@ -2,8 +2,8 @@
 #include "Interface/Application/Linux/NetworkTelevisions.h"
 #include "Interface/Views/MovieScreenModel.h"
 #include "Interface/Views/SessionScreen.h"
-#include "Platform/WaitFor.h"
 #include "Platform/Window.h"
+#include "Support/WaitFor.h"
 
 #include <QFile>
 

@@ -215,7 +215,7 @@ TEST_F(SessionFaultsTest, AsksForThePositionOncePerSecondAndOnlyWhereThatIsAnswe
         const Clock::Instant start = clock.now();
         while (clock.now() - start < 4s) {
             EXPECT_TRUE(run(control->playbackInfo()));
-            waitFor([&, from = clock.now()] { return clock.now() - from > 200ms; });
+            EXPECT_TRUE(waitFor([&, from = clock.now()] { return clock.now() - from > 200ms; }));
         }
         const auto asked = log.count(u"playbackInfo"_s);
         EXPECT_THAT(asked, isAnswered ? AllOf(Ge(2), Le(5)) : AllOf(Ge(1), Le(1)));

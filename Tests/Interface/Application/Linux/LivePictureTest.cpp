@@ -1,7 +1,7 @@
 // The player's pictures in a window, as they can be seen there. The program starts itself again on a screen,
 // to draw the same with OpenGL, and with two pixels for each.
 #include "Interface/Application/Linux/LivePicture.h"
-#include "Platform/WaitFor.h"
+#include "Support/WaitFor.h"
 
 #include <QGuiApplication>
 #include <QProcess>

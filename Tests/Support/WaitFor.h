@@ -6,7 +6,7 @@
 
 namespace velmora::test {
 
-/// Runs the event loop until `condition` holds: for what mpv or a bus does in its own time.
+/// Runs the event loop until `condition` holds: for what others do in their own time.
 [[nodiscard]] bool waitFor(const auto& condition, int seconds = 20) {
     const QDeadlineTimer deadline(seconds * 1000);
     QTimer tick;  // so that waiting for events ends, where there are none

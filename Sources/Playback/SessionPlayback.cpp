@@ -64,7 +64,6 @@ void Session::adopt(std::shared_ptr<Player> player, const Start& start, Progress
         preselectTracks(item, Place::here);
     }
     takeItem(item, start.source);
-    setTimeline(currentTime_, memory_.savedDuration(start.source).value_or(duration_));
     noteLength(*item);
     clearTracks();
     loadTracks(item);

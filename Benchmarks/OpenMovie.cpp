@@ -2,10 +2,13 @@
 // without hands. Opens the movie, lets its poster and its strip be made, plays it on the television, seeks,
 // pauses, goes on and closes.
 //
-// Prints a line for each of these, in milliseconds: the longest that the main thread took to answer, the
-// longest without the time in which it was ready to run and others had the processor, and the most processor
-// time that it spent before an answer; then how many answers took more than 10 ms in the second sense, out of
-// how many, the name of the phase, and what took longest during the second and the third.
+// Prints a line for each of these, about the stretches from one look for what is to be done to the next, for
+// so long a user's hand may have to wait. In milliseconds: the longest stretch, the longest without the time
+// that others took, and the most processor time in one; then how many stretches took more than 10 ms in the
+// second sense, out of how many, the name of the phase, and what took longest during the second and the third.
+// What others took is the time in which the thread was ready to run and other programs had the processor; and
+// for a stretch in which it never gave the processor away, all but its processor time: what else passed was
+// another machine's on the same hardware.
 //
 // With --minutes the movie plays on for so long, unwatched, and a line for each minute tells the processor
 // time of the process as a share of one core and its proportional memory in KiB; --hidden hides the window
@@ -26,17 +29,18 @@
 #include <QtPlugin>
 #include <QtQml/qqmlextensionplugin.h>
 
-#include <pthread.h>
+#include <dlfcn.h>
+#include <poll.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <clocale>
 #include <ctime>
 #include <functional>
-#include <thread>
+#include <optional>
 #include <utility>
 
 Q_IMPORT_QML_PLUGIN(Velmora_ApplicationPlugin)
@@ -63,7 +67,6 @@ double milliseconds(clockid_t clock) {
 class Queueing {
   public:
     Queueing() : file_(u"/proc/self/task/%1/schedstat"_s.arg(getpid())) { file_.open(QIODevice::ReadOnly); }
-    /// From any thread.
     [[nodiscard]] double milliseconds() const {
         std::array<char, 128> text{};
         const auto length = pread(file_.handle(), text.data(), text.size() - 1, 0);
@@ -79,38 +82,47 @@ class Queueing {
     QFile file_;
 };
 
-/// While it watches, another thread puts a question to the main thread every millisecond, as an impatient
-/// hand would, unless the one before has not been answered.
+/// How often the calling thread gave the processor away, as it does to wait for something.
+long timesWaited() {
+    rusage usage{};
+    getrusage(RUSAGE_THREAD, &usage);
+    return usage.ru_nvcsw;
+}
+
+/// Measures the stretches between two looks of the event loop at what there is to do.
 class WatchedApplication : public QGuiApplication {
   public:
-    /// What went by between a question and its answer. Milliseconds.
-    struct Wait {
-        double late = 0;
-        double own = 0;   ///< without the queueing for a processor
+    /// Milliseconds.
+    struct Stretch {
+        double whole = 0;
+        double own = 0;   ///< without what others took
         double work = 0;  ///< processor time alone
         QString cause;    ///< the event that took longest meanwhile: whose, and of which type
     };
     struct Phase {
-        Wait latest;
-        Wait longest;
-        Wait busiest;
+        Stretch latest;
+        Stretch longest;
+        Stretch busiest;
         int tooLate = 0;
-        int answers = 0;
+        int stretches = 0;
     };
 
     WatchedApplication(int& argc, char** argv) : QGuiApplication(argc, argv) {
-        pthread_getcpuclockid(pthread_self(), &mainThread_);
+        using Poll = int (*)(pollfd*, unsigned, int);
+        using SetPoll = void (*)(void*, Poll);
+        void* const found = dlsym(RTLD_DEFAULT, "g_main_context_set_poll_func");
+        if (!found) qFatal("Qt's event loop is not GLib's here, which is the one that can be watched.");
+        watching = this;
+        reinterpret_cast<SetPoll>(found)(nullptr, [](pollfd* files, unsigned count, int timeout) {
+            watching->end();
+            const int ready = poll(files, count, timeout);
+            watching->begin();
+            return ready;
+        });
     }
 
-    void watch() {
-        phase_ = {};
-        asker_ = std::jthread([this](const std::stop_token& stop) { ask(stop); });
-    }
-    [[nodiscard]] Phase endWatch() {
-        asker_ = {};
-        QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
-        return std::exchange(phase_, {});
-    }
+    void watch() { phase_.emplace(); }
+    [[nodiscard]] Phase endWatch() { return std::exchange(phase_, {}).value_or(Phase()); }
 
     bool notify(QObject* receiver, QEvent* event) override {
         if (depth_ > 0) return QGuiApplication::notify(receiver, event);
@@ -129,38 +141,35 @@ class WatchedApplication : public QGuiApplication {
     }
 
   private:
-    void ask(const std::stop_token& stop) {
-        while (!stop.stop_requested()) {
-            std::this_thread::sleep_for(1ms);
-            if (isAsking_.exchange(true)) continue;
-            const double asked = milliseconds(CLOCK_MONOTONIC);
-            const double queued = queueing_.milliseconds();
-            const double worked = milliseconds(mainThread_);
-            const auto answer = [this, asked, queued, worked] {
-                const double late = milliseconds(CLOCK_MONOTONIC) - asked;
-                note({late, late - (queueing_.milliseconds() - queued), milliseconds(mainThread_) - worked,
-                      longest_.first});
-                longest_ = {};
-                isAsking_ = false;
-            };
-            QMetaObject::invokeMethod(this, answer, Qt::QueuedConnection);
-        }
+    void begin() {
+        begun_ = milliseconds(CLOCK_MONOTONIC);
+        worked_ = milliseconds(CLOCK_THREAD_CPUTIME_ID);
+        queued_ = queueing_.milliseconds();
+        waited_ = timesWaited();
+        longest_ = {};
     }
-    void note(const Wait& wait) {
-        ++phase_.answers;
-        phase_.tooLate += wait.own > tooLate ? 1 : 0;
-        if (wait.late > phase_.latest.late) phase_.latest = wait;
-        if (wait.own > phase_.longest.own) phase_.longest = wait;
-        if (wait.work > phase_.busiest.work) phase_.busiest = wait;
+    void end() {
+        if (!phase_ || begun_ <= 0) return;
+        const double whole = milliseconds(CLOCK_MONOTONIC) - begun_;
+        const double work = milliseconds(CLOCK_THREAD_CPUTIME_ID) - worked_;
+        const double own = timesWaited() == waited_ ? work : whole - (queueing_.milliseconds() - queued_);
+        const Stretch stretch{whole, own, work, longest_.first};
+        ++phase_->stretches;
+        phase_->tooLate += own > tooLate ? 1 : 0;
+        if (whole > phase_->latest.whole) phase_->latest = stretch;
+        if (own > phase_->longest.own) phase_->longest = stretch;
+        if (work > phase_->busiest.work) phase_->busiest = stretch;
     }
 
-    clockid_t mainThread_{};
+    static inline WatchedApplication* watching = nullptr;
     Queueing queueing_;
-    Phase phase_;
+    std::optional<Phase> phase_;
     std::pair<QString, double> longest_;
     int depth_ = 0;
-    std::atomic<bool> isAsking_ = false;
-    std::jthread asker_;
+    double begun_ = 0;
+    double worked_ = 0;
+    double queued_ = 0;
+    long waited_ = 0;
 };
 
 /// Handles events until it is so; false when that takes too long.
@@ -183,7 +192,7 @@ struct Step {
     std::function<bool()> isDone;
 };
 
-/// Prints how the main thread answered during the step. False when it did not come to its end.
+/// Prints how long the main thread was at things during the step. False when it did not come to its end.
 bool perform(WatchedApplication& application, const Step& step) {
     application.watch();
     QMetaObject::invokeMethod(&application, step.act, Qt::QueuedConnection);
@@ -191,8 +200,8 @@ bool perform(WatchedApplication& application, const Step& step) {
     waitFor(1s);  // what follows from it
     const WatchedApplication::Phase phase = application.endWatch();
     const auto number = [](double milliseconds) { return QString::number(milliseconds, 'f', 1); };
-    QTextStream(stdout) << number(phase.latest.late) << '\t' << number(phase.longest.own) << '\t'
-                        << number(phase.busiest.work) << '\t' << phase.tooLate << '\t' << phase.answers
+    QTextStream(stdout) << number(phase.latest.whole) << '\t' << number(phase.longest.own) << '\t'
+                        << number(phase.busiest.work) << '\t' << phase.tooLate << '\t' << phase.stretches
                         << '\t' << step.name << '\t' << phase.longest.cause << '\t' << phase.busiest.cause
                         << Qt::endl;
     return isDone;
@@ -271,6 +280,7 @@ bool run(WatchedApplication& application, const QCommandLineParser& parser) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    LinuxWorld::chooseGraphics();
     WatchedApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C");
     Diagnostics::setStandardErrorFallback(false);

@@ -126,8 +126,9 @@ void Terminal::ask(const QString& question, bool secret) {
     answer_.clear();
     question_ = TerminalText::printable(question);
     if (cursorIsHidden.exchange(false)) writeAll(showCursor);
-    writeText(question_);
+    // First of all, since whoever sees the question may type at once: that would be shown, and then dropped.
     takeInput();
+    writeText(question_);
 }
 
 void Terminal::stopAsking() {

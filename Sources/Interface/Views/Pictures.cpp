@@ -50,6 +50,14 @@ QRectF covering(const QImage& image, QSizeF size) {
     return {QPointF((image.width() - part.width()) / 2, (image.height() - part.height()) / 2), part};
 }
 
+// A part of `image`; its pixels are the image's own where that is possible, which must outlive it.
+QImage view(const QImage& image, QRect part) {
+    if (part == image.rect()) return image;
+    if (image.depth() < 8 || image.colorCount() > 0) return image.copy(part);
+    return {image.constScanLine(part.y()) + static_cast<qsizetype>(part.x()) * (image.depth() / 8),
+            part.width(), part.height(), image.bytesPerLine(), image.format()};
+}
+
 QPainterPath roundedPath(const QRectF& rect, double radius, bool roundsBottom) {
     QPainterPath path;
     path.addRoundedRect(rect, radius, radius);
@@ -128,8 +136,9 @@ void RoundedPicture::paint(QPainter* painter) {
     const QSize pixels = painter->transform().mapRect(box).size().toSize();
     if (image_.isNull() || pixels.isEmpty()) return;
     // One careful scaling to the exact size: the painter's own is coarse when it makes smaller by much.
-    const QRect part = covering(image_, box.size()).toRect();
-    const QImage exact = image_.copy(part).scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const QRect part = covering(image_, box.size()).toRect() & image_.rect();
+    const QImage exact =
+        view(image_, part).scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     QBrush brush(exact);
     brush.setTransform(QTransform::fromScale(box.width() / pixels.width(), box.height() / pixels.height()));
     painter->setPen(Qt::NoPen);

@@ -98,15 +98,25 @@ mpv_handle* start(bool isMute, const QString& hardwareDecoding) {
     return mpv;
 }
 
-/// On another thread, since it waits for all of mpv's own.
-void end(mpv_handle* mpv) {
+void doAside(std::move_only_function<void()> work) {
+    // What comes of such work may come while the process ends, when no further thread is waited for.
+    static thread_local bool isAside = false;
+    if (isAside) return work();
     static std::mutex mutex;
-    static std::vector<std::future<void>> ends;
+    static std::vector<std::future<void>> begun;
     const std::lock_guard lock(mutex);
-    std::erase_if(ends, [](const std::future<void>& one) {
+    std::erase_if(begun, [](const std::future<void>& one) {
         return one.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
     });
-    ends.push_back(std::async(std::launch::async, [mpv] { mpv_terminate_destroy(mpv); }));
+    begun.push_back(std::async(std::launch::async, [work = std::move(work)]() mutable {
+        isAside = true;
+        work();
+        work = nullptr;  // with what it keeps
+    }));
+}
+
+void end(mpv_handle* mpv) {
+    doAside([mpv] { mpv_terminate_destroy(mpv); });
 }
 
 }  // namespace velmora::MpvCore

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <functional>
+
 struct mpv_handle;
 
 /// An mpv, as players here need it. Any thread, unless said otherwise.
@@ -14,7 +16,11 @@ void quietenLibraries();
 /// is logged.
 [[nodiscard]] mpv_handle* start(bool isMute, const QString& hardwareDecoding);
 
-/// Waits for nothing, but the process does not end before mpv has.
+/// Does on a thread of its own what has to wait for mpv, and nobody else should. The process does not end
+/// before it is done.
+void doAside(std::move_only_function<void()> work);
+
+/// Aside.
 void end(mpv_handle* mpv);
 
 }  // namespace velmora::MpvCore

@@ -3,6 +3,7 @@
 #include <QSize>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -12,8 +13,9 @@ struct mpv_render_param;
 
 namespace velmora {
 
-/// Draws what a player shows. There can be one at a time for each mpv. Used and destroyed on the thread it
-/// was made on; keeps mpv alive.
+/// Draws what a player shows. There is one at a time for each mpv: making another waits a while for the end of
+/// the one before. Used and destroyed on the thread it was made on, where both may take some hundredths of a
+/// second; keeps mpv alive.
 class MpvPicture {
   public:
     /// There may be something new to draw. Called on any thread; must not call back.
@@ -44,7 +46,8 @@ class MpvPicture {
 
   private:
     MpvPicture(std::shared_ptr<mpv_handle> mpv, Changed changed);
-    [[nodiscard]] bool start(mpv_render_param* parameters);
+    [[nodiscard]] bool start(mpv_render_param* parameters, std::chrono::milliseconds patience);
+    void skipPicture();
 
     std::shared_ptr<mpv_handle> mpv_;
     Changed changed_;

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <clocale>
+#include <mutex>
 #include <utility>
 
 namespace velmora {
@@ -30,8 +31,20 @@ MpvPlayer::MpvPlayer(const Options& options, QObject* parent) : LocalEngine(pare
     MpvCore::quietenLibraries();
 }
 
+/// For whom mpv is being started.
+struct MpvPlayer::Start {
+    std::mutex mutex;
+    MpvPlayer* player = nullptr;  ///< null when it has gone meanwhile
+};
+
 MpvPlayer::~MpvPlayer() {
-    if (starting_.valid()) mpv_.reset(starting_.get(), MpvCore::end);
+    if (starting_.valid()) {
+        const std::lock_guard lock(start_->mutex);
+        start_->player = nullptr;
+        MpvCore::doAside([starting = std::move(starting_)]() mutable {
+            if (mpv_handle* const made = starting.get()) MpvCore::end(made);
+        });
+    }
     if (!mpv_) return;
     mpv_set_wakeup_callback(mpv_.get(), nullptr, nullptr);
     // Somebody may still have to take down what it draws with.
@@ -41,9 +54,13 @@ MpvPlayer::~MpvPlayer() {
 /// On another thread, as loading the library and starting it takes a good tenth of a second.
 void MpvPlayer::start() {
     if (mpv_ || starting_.valid()) return;
-    starting_ = std::async(std::launch::async, [this] {
-        mpv_handle* const made = MpvCore::start(options_.isMute, options_.hardwareDecoding);
-        QMetaObject::invokeMethod(this, &MpvPlayer::takeStarted, Qt::QueuedConnection);
+    start_ = std::make_shared<Start>();
+    start_->player = this;
+    starting_ = std::async(std::launch::async, [start = start_, options = options_] {
+        mpv_handle* const made = MpvCore::start(options.isMute, options.hardwareDecoding);
+        const std::lock_guard lock(start->mutex);
+        if (start->player)
+            QMetaObject::invokeMethod(start->player, &MpvPlayer::takeStarted, Qt::QueuedConnection);
         return made;
     });
 }

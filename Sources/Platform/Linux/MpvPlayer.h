@@ -103,6 +103,8 @@ class MpvPlayer : public LocalEngine {
     void set(const char* property, const QByteArray& value, Reply reply);
 
     const Options options_;
+    struct Start;
+    std::shared_ptr<Start> start_;       ///< since when there is one under way
     std::future<mpv_handle*> starting_;  ///< valid until its outcome is taken
     std::shared_ptr<mpv_handle> mpv_;
     QString file_;

@@ -2,8 +2,11 @@
 
 #include "Interface/Application/Linux/LivePicture.h"
 #include "Interface/Application/Linux/NetworkTelevisions.h"
+#include "Platform/Linux/Graphics.h"
 #include "Platform/Linux/MpvPlayer.h"
 #include "Platform/Linux/NetworkOutputContext.h"
+
+#include <QQuickWindow>
 
 #include <utility>
 
@@ -28,6 +31,13 @@ class LinuxWindow : public WindowWorld {
 };
 
 }  // namespace
+
+void LinuxWorld::chooseGraphics() {
+    const bool isChosen =
+        qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND");
+    QQuickWindow::setGraphicsApi(isChosen || Graphics::hasProcessor() ? QSGRendererInterface::OpenGL
+                                                                      : QSGRendererInterface::Software);
+}
 
 LinuxWorld::LinuxWorld()
     : preferences_(u"com.quillet.velmora"_s),

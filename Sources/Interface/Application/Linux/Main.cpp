@@ -8,14 +8,12 @@
 #include "Interface/Translations/Translation.h"
 #include "Interface/Updater/HttpsUpdateSource.h"
 #include "Interface/Updater/Installation.h"
-#include "Platform/Linux/Graphics.h"
 
 #include <QDBusConnection>
 #include <QDir>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QLocale>
-#include <QQuickWindow>
 
 #include <clocale>
 #include <cstdio>
@@ -87,15 +85,6 @@ QString takeActivationToken() {
     return {};
 }
 
-/// OpenGL is what the movie's pictures can be drawn with. An imitation of it costs more than to draw without
-/// it: several times the time to start and the processor's while a movie plays.
-void chooseGraphics() {
-    const bool isChosen =
-        qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND");
-    QQuickWindow::setGraphicsApi(isChosen || Graphics::hasProcessor() ? QSGRendererInterface::OpenGL
-                                                                      : QSGRendererInterface::Software);
-}
-
 int run(LaunchOptions options) {
     const bool isServing = options.action == LaunchOptions::Action::serve;
     options.request.activationToken = takeActivationToken();
@@ -127,7 +116,7 @@ int main(int argc, char** argv) {
     qInstallMessageHandler(logRemark);
     QGuiApplication::setDesktopFileName(u"com.quillet.velmora"_s);
     isStarting = true;
-    chooseGraphics();
+    LinuxWorld::chooseGraphics();
     QGuiApplication application(argc, argv);
     isStarting = false;
     // The media player reads and writes numbers as the C locale does.

@@ -2,6 +2,7 @@
 // takes longer than the interface may stand still.
 #include "Interface/Application/Linux/LivePainter.h"
 #include "Interface/Application/Linux/LivePicture.h"
+#include "Platform/Linux/MpvCore.h"
 #include "Platform/Linux/MpvPicture.h"
 
 #include <QQuickWindow>
@@ -115,8 +116,13 @@ class Studio {
 class Item : public QQuickItem {
   public:
     Item(std::shared_ptr<mpv_handle> mpv, News news)
-        : studio_(std::move(mpv), std::move(news), later<QQuickItem>(this, &QQuickItem::update)) {
+        : studio_(std::make_unique<Studio>(std::move(mpv), std::move(news),
+                                           later<QQuickItem>(this, &QQuickItem::update))) {
         setFlag(ItemHasContents);
+    }
+    ~Item() override {
+        // It ends with its picture, for which mpv is waited for.
+        MpvCore::doAside([studio = std::move(studio_)] {});
     }
 
   protected:
@@ -142,7 +148,7 @@ class Item : public QQuickItem {
 
     QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData* /*data*/) override {
         auto* node = static_cast<QSGImageNode*>(old);
-        if (const QImage image = studio_.take(); !image.isNull()) image_ = image;
+        if (const QImage image = studio_->take(); !image.isNull()) image_ = image;
         if (image_.isNull()) return node;
         if (!node || shown_ != image_.cacheKey()) {
             if (!node) {
@@ -159,15 +165,15 @@ class Item : public QQuickItem {
 
   private:
     void order() {
-        if (!watched_ || !watched_->isExposed() || !isVisible()) return studio_.order({});
+        if (!watched_ || !watched_->isExposed() || !isVisible()) return studio_->order({});
         const double scale = watched_->effectiveDevicePixelRatio();
-        studio_.order({.pixels = (size() * scale).toSize(), .radius = LivePicture::radius * scale});
+        studio_->order({.pixels = (size() * scale).toSize(), .radius = LivePicture::radius * scale});
     }
 
     QPointer<QQuickWindow> watched_;
     QImage image_;
     qint64 shown_ = 0;  ///< the key of the image that the node has
-    Studio studio_;
+    std::unique_ptr<Studio> studio_;
 };
 
 }  // namespace

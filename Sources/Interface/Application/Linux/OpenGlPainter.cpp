@@ -35,11 +35,7 @@ bool hasGraphicsProcessor() {
 class Renderer : public QQuickFramebufferObject::Renderer {
   public:
     Renderer(std::shared_ptr<mpv_handle> mpv, News news, bool always, MpvPicture::Changed changed)
-        : news_(std::move(news)) {
-        if (always || hasGraphicsProcessor())
-            picture_ = MpvPicture::withOpenGl(std::move(mpv), functionOf, std::move(changed));
-        if (!picture_) news_.refuses();
-    }
+        : mpv_(std::move(mpv)), news_(std::move(news)), changed_(std::move(changed)), always_(always) {}
 
   protected:
     void synchronize(QQuickFramebufferObject* item) override {
@@ -47,6 +43,8 @@ class Renderer : public QQuickFramebufferObject::Renderer {
     }
 
     void render() override {
+        // Not before, for until then the main thread waits.
+        if (mpv_) start(std::exchange(mpv_, nullptr));
         if (picture_ && picture_->takeNews() && !std::exchange(hasBegun_, true)) news_.begins();
         if (!hasBegun_) return clear();
         QOpenGLFramebufferObject& target = *framebufferObject();
@@ -59,13 +57,23 @@ class Renderer : public QQuickFramebufferObject::Renderer {
     }
 
   private:
+    void start(std::shared_ptr<mpv_handle> mpv) {
+        if (always_ || hasGraphicsProcessor())
+            picture_ = MpvPicture::withOpenGl(std::move(mpv), functionOf, changed_);
+        QQuickOpenGLUtils::resetOpenGLState();
+        if (!picture_) news_.refuses();
+    }
+
     static void clear() {
         QOpenGLFunctions& gl = *QOpenGLContext::currentContext()->functions();
         gl.glClearColor(0, 0, 0, 0);
         gl.glClear(GL_COLOR_BUFFER_BIT);
     }
 
+    std::shared_ptr<mpv_handle> mpv_;  ///< until there is a picture of it
     News news_;
+    MpvPicture::Changed changed_;
+    const bool always_;
     Corners corners_;
     double radius_ = 0;
     bool hasBegun_ = false;

@@ -1,14 +1,14 @@
 // benchmark-open-movie [--minutes N] [--hidden] MOVIE TELEVISION: the whole program and one of its windows,
 // without hands. Opens the movie, lets its poster and its strip be made, plays it on the television, seeks,
-// pauses, goes on and closes.
+// pauses, goes on, closes, and opens it again.
 //
 // Prints a line for each of these, about the stretches from one look for what is to be done to the next, for
 // so long a user's hand may have to wait. In milliseconds: the longest stretch, the longest without the time
 // that others took, and the most processor time in one; then how many stretches took more than 10 ms in the
-// second sense, out of how many, the name of the phase, and what took longest during the second and the third.
-// What others took is the time in which the thread was ready to run and other programs had the processor; and
-// for a stretch in which it never gave the processor away, all but its processor time: what else passed was
-// another machine's on the same hardware.
+// second sense, out of how many, the name of the phase, and what took longest during the second and the
+// third. What others took is the time in which the thread was ready to run and other programs had the
+// processor; and for a stretch in which it never gave the processor away, all but its processor time: what
+// else passed was another machine's on the same hardware.
 //
 // With --minutes the movie plays on for so long, unwatched, and a line for each minute tells the processor
 // time of the process as a share of one core and its proportional memory in KiB; --hidden hides the window
@@ -273,8 +273,15 @@ bool run(WatchedApplication& application, const QCommandLineParser& parser) {
         if (parser.isSet(u"hidden"_s)) window.window().hide();
         countMinutes(parser.value(u"minutes"_s).toInt());
     }
+    const auto showsPoster = [&app] {
+        return !app.windows().empty() && !app.windows().front()->session().poster().isNull();
+    };
     return perform(application,
-                   {"closing it", [&] { window.close(); }, [&] { return app.windows().empty(); }});
+                   {"closing it", [&] { window.close(); }, [&] { return app.windows().empty(); }}) &&
+           perform(application,
+                   {"another window", [&] { app.openWindow(std::nullopt); }, [] { return true; }}) &&
+           perform(application, {"opening it again",
+                                 [&] { app.windows().front()->session().open(movie, false); }, showsPoster});
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -47,6 +48,10 @@ class SignalsBlocked {
   private:
     sigset_t before_;
 };
+
+/// As of `nice`. A window must not stand still for a tool, which takes all processors there are; where nobody
+/// else wants them it is as fast as ever.
+constexpr int lowerPriority = 10;
 
 struct Launch {
     const char* program;
@@ -94,6 +99,7 @@ bool connectStreams(Launch& launch) {
     setpgid(0, 0);
     if (followParent(launch.parent) && connectStreams(launch)) {
         resetSignals();
+        (void)!nice(lowerPriority);
         execv(launch.program, launch.arguments);
     }
     const int reason = errno;

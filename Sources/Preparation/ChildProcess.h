@@ -12,7 +12,8 @@
 
 namespace velmora {
 
-/// A running program with standard input on the null device and its two outputs on pipes.
+/// A running program with standard input on the null device and its two outputs on pipes, which gives way to
+/// others where processors are short.
 ///
 /// It leads a process group of its own, so the terminal's interrupt key reaches only this process, which then
 /// ends the child in its own way. It inherits no other descriptor, no blocked and no ignored signal. The

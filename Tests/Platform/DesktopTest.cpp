@@ -193,6 +193,17 @@ TEST(RecentDocuments, KeepsWhatOthersWroteAndCountsOurs) {
     for (const char* damaged : {"<xbel><bookmark", "<html></html>", "text"})
         EXPECT_EQ(RecentDocuments::with(movie, damaged, first), std::nullopt) << damaged;
 
+    {
+        FreedesktopDesktop desktop({}, QDBusConnection(u"none"_s));
+        for (const char* name : {"/films/a.mkv", "/films/b.mkv", "/films/a.mkv"})
+            desktop.noteRecentDocument(QUrl::fromLocalFile(QString::fromLatin1(name)));
+    }
+    QFile both(RecentDocuments::path());
+    ASSERT_TRUE(both.open(QIODevice::ReadOnly));
+    const QByteArray kept = both.readAll();
+    EXPECT_EQ(kept.count("<bookmark "), 2) << kept.constData();
+    EXPECT_EQ(kept.count("count=\"2\""), 1) << kept.constData();
+
     EXPECT_TRUE(RecentDocuments::add(movie));
     EXPECT_TRUE(QFile::resize(RecentDocuments::path(), 100));
     EXPECT_FALSE(RecentDocuments::add(movie));

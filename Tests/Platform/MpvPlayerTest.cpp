@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <future>
+
 namespace velmora {
 namespace {
 
@@ -121,6 +123,24 @@ TEST_F(MpvPlayerTest, PicturesAreWholeWhenTracksChangeBetweenSeeks) {
         EXPECT_NEAR(seek(times[index]), times[index], 0.03);
         EXPECT_TRUE(waitFor([&] { return canvas.picture() == expected[index]; }, 5)) << round;
     }
+}
+
+TEST_F(MpvPlayerTest, OnePictureWaitsForTheEndOfAnother) {
+    load(sample("as-is.mp4"));
+    auto first = std::make_unique<Canvas>(player);
+    player.setPaused(false);
+    auto second = std::async(std::launch::async, [this] { return Canvas(player).picture(); });
+    EXPECT_EQ(second.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    first.reset();
+    EXPECT_FALSE(second.get().isEmpty());
+}
+
+TEST_F(MpvPlayerTest, GoesWhileItStarts) {
+    for (int round = 0; round < 3; ++round) {
+        MpvPlayer brief({.isMute = true});
+        brief.load(sample("as-is.mp4"));
+    }
+    load(sample("as-is.mp4"));
 }
 
 }  // namespace

@@ -137,8 +137,7 @@ void RoundedPicture::paint(QPainter* painter) {
     if (image_.isNull() || pixels.isEmpty()) return;
     // One careful scaling to the exact size: the painter's own is coarse when it makes smaller by much.
     const QRect part = covering(image_, box.size()).toRect() & image_.rect();
-    const QImage exact =
-        view(image_, part).scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const QImage exact = view(image_, part).scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     QBrush brush(exact);
     brush.setTransform(QTransform::fromScale(box.width() / pixels.width(), box.height() / pixels.height()));
     painter->setPen(Qt::NoPen);

@@ -13,7 +13,9 @@ namespace velmora {
 using namespace Qt::StringLiterals;
 
 FreedesktopDesktop::FreedesktopDesktop(MoviePicker picker, QDBusConnection sessionBus)
-    : picker_(std::move(picker)), bus_(std::move(sessionBus)) {}
+    : picker_(std::move(picker)), bus_(std::move(sessionBus)) {
+    listing_.setMaxThreadCount(1);
+}
 
 void FreedesktopDesktop::pickMovie(const MovieDialog& dialog, Picked picked) {
     if (picker_) return picker_(dialog, std::move(picked));
@@ -42,8 +44,10 @@ void FreedesktopDesktop::openFolder(const QUrl& file) {
 }
 
 void FreedesktopDesktop::noteRecentDocument(const QUrl& file) {
-    if (!RecentDocuments::add(file))
-        logger().error(u"desktop: the list of recent documents cannot be changed"_s);
+    listing_.start([file] {
+        if (!RecentDocuments::add(file))
+            logger().error(u"desktop: the list of recent documents cannot be changed"_s);
+    });
 }
 
 }  // namespace velmora

@@ -5,6 +5,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QObject>
+#include <QThreadPool>
 
 namespace velmora {
 
@@ -29,6 +30,7 @@ class FreedesktopDesktop : public QObject, public Desktop {
 
     MoviePicker picker_;
     QDBusConnection bus_;
+    QThreadPool listing_;  ///< of recent documents, one by one: a list is written through to the disk
 };
 
 }  // namespace velmora

@@ -99,10 +99,10 @@ bool MpvPicture::start(mpv_render_param* parameters, std::chrono::milliseconds p
 MpvPicture::~MpvPicture() {
     if (!context_) return;
     mpv_render_context_set_update_callback(context_, nullptr, nullptr);
-    // Before the context goes, and not a moment after: mpv drops the pictures for good otherwise. Meanwhile it
-    // may want to get rid of one, and would wait for that for a fifth of a second.
-    const auto changed = std::async(std::launch::async,
-                                    [this] { mpv_set_property_string(mpv_.get(), "vo", "null"); });
+    // Before the context goes, and not a moment after: mpv drops the pictures for good otherwise. Meanwhile
+    // it may want to get rid of one, and would wait for that for a fifth of a second.
+    const auto changed =
+        std::async(std::launch::async, [this] { mpv_set_property_string(mpv_.get(), "vo", "null"); });
     while (changed.wait_for(1ms) != std::future_status::ready) skipPicture();
     mpv_render_context_free(context_);
     Drawn::all().end(mpv_.get());
@@ -111,9 +111,8 @@ MpvPicture::~MpvPicture() {
 void MpvPicture::skipPicture() {
     int skips = 1;
     int waits = 0;
-    std::array<mpv_render_param, 3> parameters{{{MPV_RENDER_PARAM_SKIP_RENDERING, &skips},
-                                                {MPV_RENDER_PARAM_BLOCK_FOR_TARGET_TIME, &waits},
-                                                {}}};
+    std::array<mpv_render_param, 3> parameters{
+        {{MPV_RENDER_PARAM_SKIP_RENDERING, &skips}, {MPV_RENDER_PARAM_BLOCK_FOR_TARGET_TIME, &waits}, {}}};
     mpv_render_context_render(context_, parameters.data());
 }
 

@@ -13,9 +13,9 @@ struct mpv_render_param;
 
 namespace velmora {
 
-/// Draws what a player shows. There is one at a time for each mpv: making another waits a while for the end of
-/// the one before. Used and destroyed on the thread it was made on, where both may take some hundredths of a
-/// second; keeps mpv alive.
+/// Draws what a player shows. There is one at a time for each mpv: making another waits a while for the end
+/// of the one before. Used and destroyed on the thread it was made on, where both may take some hundredths of
+/// a second; keeps mpv alive.
 class MpvPicture {
   public:
     /// There may be something new to draw. Called on any thread; must not call back.

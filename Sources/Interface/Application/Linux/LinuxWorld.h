@@ -19,9 +19,9 @@ namespace velmora {
 /// picker opens. Main thread only.
 class LinuxWorld : public ApplicationWorld {
   public:
-    /// What windows are to be drawn with, before the first of them. OpenGL is what the movie's pictures can be
-    /// drawn with. An imitation of it costs more than to draw without it: several times the time to start and
-    /// the processor's while a movie plays. Qt's own variables for this overrule it.
+    /// What windows are to be drawn with, before the first of them. OpenGL is what the movie's pictures can
+    /// be drawn with. An imitation of it costs more than to draw without it: several times the time to start
+    /// and the processor's while a movie plays. Qt's own variables for this overrule it.
     static void chooseGraphics();
 
     LinuxWorld();

@@ -11,9 +11,11 @@ namespace velmora::test {
     const QDeadlineTimer deadline(seconds * 1000);
     QTimer tick;  // so that waiting for events ends, where there are none
     tick.start(10);
-    while (!condition() && !deadline.hasExpired())
+    while (!condition()) {
+        if (deadline.hasExpired()) return false;
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return condition();
+    }
+    return true;
 }
 
 }  // namespace velmora::test

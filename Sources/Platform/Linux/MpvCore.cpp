@@ -3,6 +3,8 @@
 #include "Diagnostics/Log.h"
 #include "Platform/Linux/Graphics.h"
 
+#include <QCoreApplication>
+
 #include <dlfcn.h>
 #include <mpv/client.h>
 
@@ -98,21 +100,52 @@ mpv_handle* start(bool isMute, const QString& hardwareDecoding) {
     return mpv;
 }
 
+namespace {
+
+/// The threads of `doAside`.
+class Aside {
+  public:
+    static Aside& all() {
+        static Aside aside;
+        return aside;
+    }
+    Aside() {
+        // Before what they may still use goes, as far as there is an application object.
+        qAddPostRoutine([] { all().wait(); });
+    }
+    ~Aside() { wait(); }
+
+    void begin(std::move_only_function<void()> work) {
+        const std::lock_guard lock(mutex_);
+        std::erase_if(begun_, [](const std::future<void>& one) {
+            return one.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+        });
+        begun_.push_back(std::async(std::launch::async, [work = std::move(work)]() mutable {
+            work();
+            work = nullptr;  // what it keeps ends here too
+        }));
+    }
+    /// For what comes of it too.
+    void wait() {
+        while (!take().empty()) {
+        }
+    }
+
+  private:
+    /// Whoever lets go of what this returns waits.
+    std::vector<std::future<void>> take() {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(begun_, {});
+    }
+
+    std::mutex mutex_;
+    std::vector<std::future<void>> begun_;
+};
+
+}  // namespace
+
 void doAside(std::move_only_function<void()> work) {
-    // What comes of such work may come while the process ends, when no further thread is waited for.
-    static thread_local bool isAside = false;
-    if (isAside) return work();
-    static std::mutex mutex;
-    static std::vector<std::future<void>> begun;
-    const std::lock_guard lock(mutex);
-    std::erase_if(begun, [](const std::future<void>& one) {
-        return one.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
-    });
-    begun.push_back(std::async(std::launch::async, [work = std::move(work)]() mutable {
-        isAside = true;
-        work();
-        work = nullptr;  // with what it keeps
-    }));
+    Aside::all().begin(std::move(work));
 }
 
 void end(mpv_handle* mpv) {

@@ -23,9 +23,10 @@ namespace {
 /// Who has a picture.
 class Drawn {
   public:
+    /// It stays for good: pictures may end while the process does.
     static Drawn& all() {
-        static Drawn drawn;
-        return drawn;
+        static auto* const drawn = new Drawn;
+        return *drawn;
     }
     /// Waits until the mpv has no picture. False when that takes too long.
     [[nodiscard]] bool begin(mpv_handle* mpv, std::chrono::milliseconds patience) {

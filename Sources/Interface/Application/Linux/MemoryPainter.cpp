@@ -41,6 +41,13 @@ class Studio {
         if (std::exchange(order_, order) != order) wake();
     }
 
+    /// It falls silent at once, and ends when it is destroyed, for which mpv is waited for.
+    void finish() {
+        const std::lock_guard lock(mutex_);
+        isOver_ = true;
+        thread_.request_stop();
+    }
+
     /// The newest picture; null when it has been taken.
     [[nodiscard]] QImage take() {
         const std::lock_guard lock(mutex_);
@@ -58,7 +65,7 @@ class Studio {
             const std::lock_guard lock(mutex_);
             wake();
         });
-        if (!picture) return news_.refuses();
+        if (!picture) return tell(news_.refuses);
         Order done;
         bool isNew = false;
         while (const auto order = nextOrder(stop)) {
@@ -95,8 +102,13 @@ class Studio {
             const std::lock_guard lock(mutex_);
             image_ = image;
         }
-        if (!std::exchange(hasBegun_, true)) news_.begins();
-        drawn_();
+        if (!std::exchange(hasBegun_, true)) tell(news_.begins);
+        tell(drawn_);
+    }
+
+    void tell(const std::function<void()>& news) {
+        const std::lock_guard lock(mutex_);
+        if (!isOver_) news();
     }
 
     News news_;
@@ -107,6 +119,7 @@ class Studio {
     std::mutex mutex_;
     std::condition_variable_any waker_;
     bool isAwake_ = false;
+    bool isOver_ = false;
     Order order_;
     QImage image_;
 
@@ -121,7 +134,7 @@ class Item : public QQuickItem {
         setFlag(ItemHasContents);
     }
     ~Item() override {
-        // It ends with its picture, for which mpv is waited for.
+        studio_->finish();
         MpvCore::doAside([studio = std::move(studio_)] {});
     }
 

@@ -67,7 +67,7 @@ void Session::preselect(PlayerItem& item, const MediaGroup& group) {
 
 std::optional<MediaOption> Session::switchOnSubtitles(PlayerItem& item, const MediaGroup& subtitles,
                                                       const Tracks::Names& names) {
-    const auto chosen = Tracks::defaultSubtitle(subtitles, names, world_.preferredLanguages());
+    auto chosen = Tracks::defaultSubtitle(subtitles, names, world_.preferredLanguages());
     if (!chosen) return std::nullopt;
     item.select(chosen, MediaGroup::Kind::legible);
     logger().notice(u"subtitles: switched on "_s + chosen->displayName);

@@ -26,7 +26,7 @@ std::optional<QString> freePath(const QDir& folder, const QString& stem, const Q
     constexpr int mostCopies = 20;  // whoever has that many has something else in mind
     for (int number = 1; number <= mostCopies; ++number) {
         const QString numbered = number == 1 ? stem : stem + u'.' + QString::number(number);
-        const QString path = folder.filePath(numbered + u'.' + extension);
+        QString path = folder.filePath(numbered + u'.' + extension);
         if (!QFileInfo::exists(path)) return path;
     }
     return std::nullopt;

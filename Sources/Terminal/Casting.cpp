@@ -103,7 +103,7 @@ void Casting::followSession() {
 }
 
 void Casting::startPlaying(const QString& note) {
-    report_->succeed(note);
+    if (report_) report_->succeed(note);
     report_.reset();
     terminal_.startKeys();
     tick();
@@ -266,7 +266,7 @@ void Casting::conclude(const State& state) {
 
 QString Casting::farewell(const State& state) const {
     if (state.phase == Phase::ended) return u"The movie is over."_s;
-    const QString what = !isStopping_ && !state.reason.isEmpty() ? state.reason : u"Stopped."_s;
+    QString what = !isStopping_ && !state.reason.isEmpty() ? state.reason : u"Stopped."_s;
     const auto saved = memory_.savedPosition(movie_);
     if (!saved) return what;
     return what + u" The next start resumes at %1."_s.arg(Durations::clockTime(*saved));

@@ -18,7 +18,7 @@ std::optional<QUrl> AppDelegate::takePendingUrl() {
     // Taken out first: a window that opens meanwhile may ask too.
     QList<QUrl> waiting = std::exchange(pending_, {});
     if (waiting.isEmpty()) return std::nullopt;
-    const QUrl first = waiting.takeFirst();
+    QUrl first = waiting.takeFirst();
     if (openWindow_)
         for (const QUrl& movie : std::as_const(waiting)) openWindow_(movie);
     return first;

@@ -168,7 +168,7 @@ void VelmoraApp::chooseMovie(MovieWindow* window) {
         return;
     }
     Session::pickMovie(world_.world().desktop, [self = QPointer(this)](const std::optional<QUrl>& location) {
-        if (self && location) self->openWindow(*location);
+        if (self && location) self->openWindow(location);
     });
 }
 
@@ -186,7 +186,7 @@ void VelmoraApp::chooseFolder(MovieWindow* window) {
         if (chooser && folder)
             chooser->session().open(*folder, false);
         else if (self && folder)
-            self->openWindow(*folder);
+            self->openWindow(folder);
     };
     picker_.pick(MoviePicker::What::folder, dialog, picked, window ? &window->window() : nullptr);
 }

@@ -33,8 +33,8 @@ UpdateSource::Answer answer(QNetworkReply& reply) {
 
 }  // namespace
 
-HttpsUpdateSource::HttpsUpdateSource(QSslConfiguration tls, std::chrono::milliseconds timeout)
-    : tls_(std::move(tls)), timeout_(timeout) {}
+HttpsUpdateSource::HttpsUpdateSource(const QSslConfiguration& tls, std::chrono::milliseconds timeout)
+    : tls_(tls), timeout_(timeout) {}
 
 void HttpsUpdateSource::fetch(const QUrl& feed, Fetched fetched) {
     QNetworkRequest request(feed);

@@ -13,7 +13,7 @@ namespace velmora {
 class HttpsUpdateSource : public UpdateSource {
   public:
     /// `timeout`: without anything from the server, until it counts as unreachable.
-    explicit HttpsUpdateSource(QSslConfiguration tls = QSslConfiguration::defaultConfiguration(),
+    explicit HttpsUpdateSource(const QSslConfiguration& tls = QSslConfiguration::defaultConfiguration(),
                                std::chrono::milliseconds timeout = std::chrono::seconds(20));
 
     void fetch(const QUrl& feed, Fetched fetched) override;

@@ -33,7 +33,7 @@ std::optional<QByteArray> base64(const QJsonValue& value) {
 /// Numbers and full stops only: "1.2", "1.10.3".
 std::optional<QVersionNumber> version(const QString& text) {
     qsizetype suffix = 0;
-    const QVersionNumber number = QVersionNumber::fromString(text, &suffix);
+    QVersionNumber number = QVersionNumber::fromString(text, &suffix);
     if (number.isNull() || suffix != text.size()) return std::nullopt;
     return number;
 }
@@ -59,7 +59,7 @@ std::expected<UpdateFeed, UpdateFeed::Refusal> UpdateFeed::read(QByteArrayView b
     const auto payload = base64(envelope[u"payload"]);
     if (!payload) return std::unexpected(Refusal::damaged);
     const auto signature = base64(envelope[u"signature"]);
-    if (!signature || !Crypto::verify(key, *payload, *signature)) return std::unexpected(Refusal::unsigned_);
+    if (!signature || !Crypto::verify(key, *payload, *signature)) return std::unexpected(Refusal::notSigned);
 
     const QJsonDocument document = QJsonDocument::fromJson(*payload);
     if (!document.isObject()) return std::unexpected(Refusal::damaged);
@@ -74,7 +74,7 @@ QString UpdateFeed::explain(Refusal refusal) {
     switch (refusal) {
         case Refusal::damaged:
             return Texts::tr("What the update server sent is damaged. Try again later.");
-        case Refusal::unsigned_:
+        case Refusal::notSigned:
             return Texts::tr(
                 "What the update server sent is not signed by Velmora's publisher, so it was ignored.");
         case Refusal::foreign:

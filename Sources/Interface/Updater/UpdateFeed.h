@@ -23,7 +23,7 @@ struct UpdateFeed {
 
     enum class Refusal {
         damaged,    ///< not a feed, or one that makes no sense
-        unsigned_,  ///< no signature, or one that does not fit the publisher's key
+        notSigned,  ///< no signature, or one that does not fit the publisher's key
         foreign,    ///< about another product
         outdated,   ///< issued before one that was accepted earlier: someone plays back an old one
     };

@@ -93,7 +93,7 @@ QString playSymbol(const MovieState& state) {
 }
 
 bool isPlaySolid(const MovieState& state) {
-    return state.canPlayAction && !(mode(state) == Mode::remote && state.isPlaying);
+    return state.canPlayAction && (mode(state) != Mode::remote || !state.isPlaying);
 }
 
 QString airPlayHelp(const MovieState& state) {

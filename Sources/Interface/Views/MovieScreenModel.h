@@ -72,10 +72,13 @@ class MovieScreenModel : public QObject {
     Q_PROPERTY(velmora::MenuRows* mediaRows READ mediaRows CONSTANT FINAL)
 
   public:
+    // QML wants capitals here.
+    // NOLINTBEGIN(readability-identifier-naming)
     enum Screen { Empty, Failed, Movie };
     Q_ENUM(Screen)
     enum Tone { Quiet, Plain, Warning };
     Q_ENUM(Tone)
+    // NOLINTEND(readability-identifier-naming)
 
     explicit MovieScreenModel(QObject* parent = nullptr);
 

@@ -22,8 +22,9 @@ struct Texts {
 };
 
 MediaInfo probe(const QString& file, const std::stop_token& stop) {
-    if (!Tools::ffprobe()) return {};
-    return MediaProbe::probe(QUrl::fromLocalFile(file), *Tools::ffprobe(), stop).value_or(MediaInfo());
+    const auto& ffprobe = Tools::ffprobe();
+    if (!ffprobe) return {};
+    return MediaProbe::probe(QUrl::fromLocalFile(file), *ffprobe, stop).value_or(MediaInfo());
 }
 
 /// The first default track of its kind is on; of the sounds, the first one where there is none.
@@ -60,7 +61,9 @@ void FileEngine::load(const QString& file) {
     unload();
     stage_ = Stage::loading;
     isPaused_ = true;
-    const auto tell = [this](auto news) { QMetaObject::invokeMethod(this, news, Qt::QueuedConnection); };
+    const auto tell = [this](const auto& news) {
+        QMetaObject::invokeMethod(this, news, Qt::QueuedConnection);
+    };
     const QFileInfo entry(file);
     const quint64 number = number_;
     if (!entry.isReadable()) return tell([this, number] { takeMissing(number); });

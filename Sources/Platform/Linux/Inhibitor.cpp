@@ -26,8 +26,7 @@ QDBusMessage call(const QString& service, const QString& path, const QString& in
 /// Sends a message when it is dropped, and waits for no answer.
 class Farewell {
   public:
-    Farewell(QDBusConnection bus, QDBusMessage message)
-        : bus_(std::move(bus)), message_(std::move(message)) {}
+    Farewell(QDBusConnection bus, const QDBusMessage& message) : bus_(std::move(bus)), message_(message) {}
     ~Farewell() { bus_.send(message_); }
     Farewell(const Farewell&) = delete;
     Farewell& operator=(const Farewell&) = delete;

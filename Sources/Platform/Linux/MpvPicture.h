@@ -9,7 +9,7 @@
 
 struct mpv_handle;
 struct mpv_render_context;
-struct mpv_render_param;
+struct mpv_render_param;  // NOLINT(readability-identifier-naming): mpv's
 
 namespace velmora {
 

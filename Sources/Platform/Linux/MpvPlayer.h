@@ -14,10 +14,12 @@
 #include <memory>
 #include <optional>
 
+// NOLINTBEGIN(readability-identifier-naming): mpv's
 struct mpv_event;
 struct mpv_event_end_file;
 struct mpv_event_property;
 struct mpv_handle;
+// NOLINTEND(readability-identifier-naming)
 
 namespace velmora {
 

@@ -49,7 +49,7 @@ SettingsFile::SettingsFile(const QString& domain)
 }
 
 SettingsFile::~SettingsFile() {
-    synchronize();
+    SettingsFile::synchronize();
 }
 
 std::optional<QVariant> SettingsFile::value(const QString& key) const {

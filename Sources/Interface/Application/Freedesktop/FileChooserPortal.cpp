@@ -33,7 +33,7 @@ QDBusArgument& operator<<(QDBusArgument& out, const PortalPattern& pattern) {
     return out;
 }
 const QDBusArgument& operator>>(const QDBusArgument& in, PortalPattern& /*pattern*/) {
-    return in;
+    return in;  // NOLINT(bugprone-return-const-ref-from-parameter): as Qt wants it
 }
 QDBusArgument& operator<<(QDBusArgument& out, const PortalFilter& filter) {
     out.beginStructure();
@@ -42,7 +42,7 @@ QDBusArgument& operator<<(QDBusArgument& out, const PortalFilter& filter) {
     return out;
 }
 const QDBusArgument& operator>>(const QDBusArgument& in, PortalFilter& /*filter*/) {
-    return in;
+    return in;  // NOLINT(bugprone-return-const-ref-from-parameter)
 }
 
 namespace {

@@ -60,7 +60,8 @@ void Notifications::show(const QString& summary, const QString& body, Pressed pr
 void Notifications::invoked(uint id, const QString& action) {
     const auto shown = shown_.constFind(id);
     if (shown == shown_.cend() || action != pressAction) return;
-    const Shown message = *shown;  // pressing may show another one
+    // Pressing may show another one.
+    const Shown message = *shown;  // NOLINT(performance-unnecessary-copy-initialization)
     message.pressed(message.token);
 }
 

@@ -1,5 +1,7 @@
 #include "Interface/Views/DesktopAppearance.h"
 
+#include "Platform/Linux/Portal.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -16,8 +18,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString service = u"org.freedesktop.portal.Desktop"_s;
-const QString path = u"/org/freedesktop/portal/desktop"_s;
 const QString interface = u"org.freedesktop.portal.Settings"_s;
 const QString appearanceGroup = u"org.freedesktop.appearance"_s;
 const QString interfaceGroup = u"org.gnome.desktop.interface"_s;
@@ -41,7 +41,8 @@ DesktopAppearance::DesktopAppearance(Appearance& appearance, const QDBusConnecti
     readApplication();
     qApp->installEventFilter(this);
     if (!bus_.isConnected()) return;
-    bus_.connect(service, path, interface, u"SettingChanged"_s, this, SLOT(noteChange(QDBusMessage)));
+    bus_.connect(Portal::service, Portal::path, interface, u"SettingChanged"_s, this,
+                 SLOT(noteChange(QDBusMessage)));
     ask(appearanceGroup, u"color-scheme"_s);
     ask(appearanceGroup, u"contrast"_s);
     ask(interfaceGroup, u"enable-animations"_s);
@@ -55,7 +56,8 @@ bool DesktopAppearance::eventFilter(QObject* object, QEvent* event) {
 }
 
 void DesktopAppearance::ask(const QString& group, const QString& key) {
-    QDBusMessage question = QDBusMessage::createMethodCall(service, path, interface, u"Read"_s);
+    QDBusMessage question =
+        QDBusMessage::createMethodCall(Portal::service, Portal::path, interface, u"Read"_s);
     question << group << key;
     auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(question), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, group, key] {

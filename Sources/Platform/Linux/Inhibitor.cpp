@@ -1,6 +1,7 @@
 #include "Platform/Linux/Inhibitor.h"
 
 #include "Diagnostics/Log.h"
+#include "Platform/Linux/Portal.h"
 
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
@@ -64,16 +65,15 @@ Inhibitor::Offer Inhibitor::screenSaver(const QDBusConnection& sessionBus, const
 
 Inhibitor::Offer Inhibitor::portal(const QDBusConnection& sessionBus, const QString& reason) {
     constexpr quint32 idle = 8;
-    const QString service = u"org.freedesktop.portal.Desktop"_s;
     const auto hold = [=](const QDBusMessage& answer) -> std::shared_ptr<void> {
         const QString handle = answer.arguments().value(0).value<QDBusObjectPath>().path();
         if (handle.isEmpty()) return nullptr;
         return std::make_shared<Farewell>(
-            sessionBus, call(service, handle, u"org.freedesktop.portal.Request"_s, u"Close"_s, {}));
+            sessionBus, call(Portal::service, handle, u"org.freedesktop.portal.Request"_s, u"Close"_s, {}));
     };
     return {sessionBus,
-            call(service, u"/org/freedesktop/portal/desktop"_s, u"org.freedesktop.portal.Inhibit"_s,
-                 u"Inhibit"_s, {QString(), idle, QVariantMap{{u"reason"_s, reason}}}),
+            call(Portal::service, Portal::path, u"org.freedesktop.portal.Inhibit"_s, u"Inhibit"_s,
+                 {QString(), idle, QVariantMap{{u"reason"_s, reason}}}),
             hold};
 }
 

@@ -1,6 +1,7 @@
 #include "Interface/Application/Freedesktop/FileChooserPortal.h"
 
 #include "Diagnostics/Log.h"
+#include "Platform/Linux/Portal.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>
@@ -47,8 +48,6 @@ const QDBusArgument& operator>>(const QDBusArgument& in, PortalFilter& /*filter*
 
 namespace {
 
-const QString service = u"org.freedesktop.portal.Desktop"_s;
-const QString desktopPath = u"/org/freedesktop/portal/desktop"_s;
 const QString requestInterface = u"org.freedesktop.portal.Request"_s;
 
 /// The portal may have to be started; the dialog itself is not waited for.
@@ -96,7 +95,7 @@ void FileChooserPortal::ask(const Question& question, Answered answered) {
     const QString token = u"velmora%1"_s.arg(++count);
     // Known before the portal answers: the user may be faster than that.
     const QString sender = bus_.baseService().mid(1).replace(u'.', u'_');
-    listen(u"%1/request/%2/%3"_s.arg(desktopPath, sender, token));
+    listen(u"%1/request/%2/%3"_s.arg(Portal::path, sender, token));
 
     QVariantMap options{{u"handle_token"_s, token}, {u"modal"_s, true}, {u"multiple"_s, false}};
     if (question.wantsFolder)
@@ -104,7 +103,7 @@ void FileChooserPortal::ask(const Question& question, Answered answered) {
     else
         options.insert(u"filters"_s, filters(question));
     QDBusMessage message = QDBusMessage::createMethodCall(
-        service, desktopPath, u"org.freedesktop.portal.FileChooser"_s, u"OpenFile"_s);
+        Portal::service, Portal::path, u"org.freedesktop.portal.FileChooser"_s, u"OpenFile"_s);
     message << question.parentWindow << question.title << options;
     auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(message, startMilliseconds), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, asked = handle_] {
@@ -115,7 +114,8 @@ void FileChooserPortal::ask(const Question& question, Answered answered) {
 
 void FileChooserPortal::listen(const QString& handle) {
     handle_ = handle;
-    bus_.connect(service, handle, requestInterface, u"Response"_s, this, SLOT(respond(uint, QVariantMap)));
+    bus_.connect(Portal::service, handle, requestInterface, u"Response"_s, this,
+                 SLOT(respond(uint, QVariantMap)));
 }
 
 void FileChooserPortal::noteHandle(const QDBusPendingCallWatcher& call, const QString& asked) {
@@ -142,13 +142,13 @@ void FileChooserPortal::respond(uint response, const QVariantMap& results) {
 
 void FileChooserPortal::cancel() {
     if (handle_.isEmpty()) return;
-    bus_.send(QDBusMessage::createMethodCall(service, handle_, requestInterface, u"Close"_s));
+    bus_.send(QDBusMessage::createMethodCall(Portal::service, handle_, requestInterface, u"Close"_s));
     forgetHandle();
     answered_ = {};
 }
 
 void FileChooserPortal::forgetHandle() {
-    bus_.disconnect(service, handle_, requestInterface, u"Response"_s, this,
+    bus_.disconnect(Portal::service, handle_, requestInterface, u"Response"_s, this,
                     SLOT(respond(uint, QVariantMap)));
     handle_.clear();
 }

@@ -17,7 +17,7 @@ QString hex(QByteArrayView bytes) {
 
 /// A key of 32 bytes; nothing if it is none.
 std::optional<QByteArray> keyIn(const QJsonObject& object, QLatin1StringView name) {
-    const QByteArray key = QByteArray::fromHex(object[name].toString().toLatin1());
+    QByteArray key = QByteArray::fromHex(object[name].toString().toLatin1());
     if (key.size() != Crypto::keySize) return std::nullopt;
     return key;
 }

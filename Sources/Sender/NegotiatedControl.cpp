@@ -46,7 +46,7 @@ NegotiatedControl::NegotiatedControl(Clock& clock, const Receiver& receiver, con
     : clock_(clock), receiver_(receiver), memory_(memory), factory_(std::move(factory)) {}
 
 NegotiatedControl::~NegotiatedControl() {
-    close();
+    NegotiatedControl::close();
 }
 
 QCoro::Task<VideoControl::Outcome> NegotiatedControl::open() {

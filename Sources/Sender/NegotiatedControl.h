@@ -71,7 +71,7 @@ class NegotiatedControl : public VideoControl, public std::enable_shared_from_th
     void keepCredentials();
     void retire();
     void watchForWaking();
-    void setHold(std::optional<Hold> hold);
+    void setHold(const std::optional<Hold>& hold);
 
     Clock& clock_;
     Receiver receiver_;

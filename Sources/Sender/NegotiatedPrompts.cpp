@@ -143,7 +143,7 @@ void NegotiatedControl::watchForWaking() {
     waking_ = clock_.after(wakingAfter, [this] { setHold(Hold{.kind = Hold::Kind::waking}); });
 }
 
-void NegotiatedControl::setHold(std::optional<Hold> hold) {
+void NegotiatedControl::setHold(const std::optional<Hold>& hold) {
     waking_.cancel();
     if (std::exchange(hold_, hold) == hold || closed_) return;
     // Not from inside: whoever listens may be the one who called.

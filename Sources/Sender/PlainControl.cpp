@@ -25,7 +25,7 @@ PlainControl::PlainControl(Clock& clock, std::shared_ptr<Access> access, Handove
       handover_(handover) {}
 
 PlainControl::~PlainControl() {
-    close();
+    PlainControl::close();
 }
 
 QCoro::Task<VideoControl::Outcome> PlainControl::open() {
@@ -153,7 +153,7 @@ QCoro::Task<Connection::Answer> PlainControl::send(Request request, Clock::Durat
     co_return co_await verbs_->send(std::move(request), deadline);
 }
 
-QCoro::Task<Connection::Answer> PlainControl::get(QByteArray target) {
+QCoro::Task<Connection::Answer> PlainControl::get(const QByteArray& target) {
     return send(request("GET", target), Connection::usualDeadline);
 }
 

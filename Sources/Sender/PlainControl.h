@@ -37,7 +37,7 @@ class PlainControl : public VideoControl, public std::enable_shared_from_this<Pl
 
     /// Every request to the receiver passes here.
     [[nodiscard]] QCoro::Task<Connection::Answer> send(Request request, Clock::Duration deadline);
-    [[nodiscard]] QCoro::Task<Connection::Answer> get(QByteArray target);
+    [[nodiscard]] QCoro::Task<Connection::Answer> get(const QByteArray& target);
     [[nodiscard]] QCoro::Task<Outcome> post(QByteArray target);
     [[nodiscard]] QCoro::Task<> openEvents();
     [[nodiscard]] QCoro::Task<> keepAlive(Response serverInfo);

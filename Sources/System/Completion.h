@@ -29,7 +29,6 @@ class Completion {
 
     [[nodiscard]] bool await_ready() const noexcept { return state_->isComplete; }
     void await_suspend(std::coroutine_handle<> waiter) const { state_->waiter = waiter; }
-    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): who waits goes on when it is complete
     Value await_resume() const { return *std::move(state_->value); }
 
   private:

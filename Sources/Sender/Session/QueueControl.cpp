@@ -33,16 +33,16 @@ ConnectionError unfinished(const ConnectionError& error) {
 
 }  // namespace
 
-std::shared_ptr<QueueControl> QueueControl::make(Clock& clock, SessionRoad road) {
-    return std::shared_ptr<QueueControl>(new QueueControl(clock, std::move(road)));
+std::shared_ptr<QueueControl> QueueControl::make(Clock& clock, const SessionRoad& road) {
+    return std::shared_ptr<QueueControl>(new QueueControl(clock, road));
 }
 
-QueueControl::QueueControl(Clock& clock, SessionRoad road)
+QueueControl::QueueControl(Clock& clock, const SessionRoad& road)
     : SessionControl(clock, road, {{}, "AirPlay/870.14.1", u"870.14.1"_s}),
       kind_(receiverKind(road.receiver)) {}
 
 QueueControl::~QueueControl() {
-    abandon();
+    QueueControl::abandon();
 }
 
 QCoro::Task<VideoControl::Outcome> QueueControl::open() {

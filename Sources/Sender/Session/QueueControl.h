@@ -13,7 +13,7 @@ namespace velmora {
 /// of them the clock goes on.
 class QueueControl : public SessionControl {
   public:
-    [[nodiscard]] static std::shared_ptr<QueueControl> make(Clock& clock, SessionRoad road);
+    [[nodiscard]] static std::shared_ptr<QueueControl> make(Clock& clock, const SessionRoad& road);
     ~QueueControl() override;
 
     [[nodiscard]] QCoro::Task<Outcome> open() override;
@@ -31,7 +31,7 @@ class QueueControl : public SessionControl {
     void sessionEnded(const ConnectionError& error) override;
 
   private:
-    QueueControl(Clock& clock, SessionRoad road);
+    QueueControl(Clock& clock, const SessionRoad& road);
 
     [[nodiscard]] QCoro::Task<Outcome> openRemote();
     [[nodiscard]] QCoro::Task<Outcome> openQueue();

@@ -103,7 +103,7 @@ void Casting::followSession() {
 }
 
 void Casting::startPlaying(const QString& note) {
-    if (report_) report_->succeed(note);
+    report_->succeed(note);
     report_.reset();
     terminal_.startKeys();
     tick();

@@ -67,11 +67,11 @@ bool PrepareRun::deliver(const MoviePreparer::Outcome& outcome) {
     if (!outcome) {
         const QString reason = outcome.error().errorDescription();
         logger().error(u"prepare failed: "_s + reason);
-        if (report_) report_->fail(reason);
+        report_->fail(reason);
         return false;
     }
     logger().notice(u"prepared %1: %2"_s.arg(outcome->file.toLocalFile(), outcome->note));
-    if (report_) report_->succeed(outcome->note);
+    report_->succeed(outcome->note);
     if (writeResult(outcome->file)) return true;
     terminal_.print(u"The result cannot be written to standard output."_s);
     return false;

@@ -81,8 +81,7 @@ bool MovieWindow::shows(const QUrl& location) const {
     const auto source = session_.currentSource();
     if (!source) return false;
     const QUrl wanted = standardized(location);
-    return standardized(*source) == wanted ||
-           (movie_ && source == openedSource_ && standardized(*movie_) == wanted);
+    return standardized(*source) == wanted || (source == openedSource_ && standardized(*movie_) == wanted);
 }
 
 std::unique_ptr<QQuickItem> MovieWindow::makeLivePicture() {
